@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+#include <streambuf>
+
+namespace Dovan {
+
+// Keeps descriptors 0 to 2 from being given to files that the program opens: each that is closed is
+// opened on /dev/null for reading, so that writing to it still fails.
+void reserveStandardDescriptors();
+
+// While it lives, std::cout collects its text here and leaves the process in large writes. A piece
+// that was written to std::cout with one call is never torn between the buffer and a later write
+// unless it is larger than the buffer. One object at a time; one thread.
+//
+// Whoever ends the process without unwinding calls writeRemainder() first, so that what was printed
+// before is on the output.
+class StandardOutput final : public std::streambuf
+{
+public:
+    // Writes to `descriptor`, which must stay open; it is not closed at the end.
+    explicit StandardOutput(int descriptor);
+    StandardOutput(StandardOutput const&) = delete;
+    StandardOutput& operator=(StandardOutput const&) = delete;
+
+    // Writes what is left, if it can be written, and gives std::cout its former buffer back.
+    ~StandardOutput() override;
+
+    // Writes what is left. False when this or any earlier write failed: text is then missing.
+    bool finish();
+
+    // For a signal handler: writes what the living object, if any, has collected. Safe at every
+    // point of the program; text that was being written when the signal came is not written again.
+    static void writeRemainder();
+
+protected:
+    int_type overflow(int_type c) override;
+    std::streamsize xsputn(char const* text, std::streamsize count) override;
+    int sync() override;
+
+private:
+    bool writeOut(char const* text, std::size_t count);
+    bool flushBuffer();
+
+    static constexpr std::size_t capacity = 256 * 1024;
+
+    int const descriptor_;
+    std::unique_ptr<char[]> const buffer_;
+    std::streambuf* const former_;
+    bool failed_ = false;
+    bool volatile writing_ = false;  // read by a signal handler
+};
+
+}  // namespace Dovan

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "mem/schedule_point.h"
+
+// The only way by which memory that another process changes is read. Every load is one atomic access
+// of the word's width, so none is torn or repeated by the compiler; the order is the caller's, who
+// says at each load which store of the writer it pairs with.
+namespace Mem::Atomics {
+
+// True when the processor loads an aligned 64-bit word atomically. Asked before any table is read.
+bool checkCpuSupport();
+
+namespace Detail {
+
+template <typename Word>
+Word load(void const* address, std::memory_order order)
+{
+    static_assert(std::atomic_ref<Word>::is_always_lock_free);
+    auto* const word = static_cast<Word*>(const_cast<void*>(address));
+    return std::atomic_ref<Word>(*word).load(order);
+}
+
+inline bool isAligned(void const* address, std::size_t alignment)
+{
+    return (reinterpret_cast<std::uintptr_t>(address) & (alignment - 1)) == 0;
+}
+
+// A word of a table whose layout leaves it unaligned, byte by byte: a writer may tear it.
+template <typename Word>
+Word loadUnaligned(void const* address)
+{
+    auto const* const bytes = static_cast<unsigned char const*>(address);
+    Word word = 0;
+    for (std::size_t i = 0; i < sizeof(Word); ++i) {
+        word |= static_cast<Word>(load<unsigned char>(bytes + i, std::memory_order_relaxed)) << (8 * i);
+    }
+    std::atomic_thread_fence(std::memory_order_acquire);
+    return word;
+}
+
+template <typename Word>
+Word loadWord(void const* address, std::memory_order order)
+{
+    if (!isAligned(address, sizeof(Word))) [[unlikely]] {
+        return loadUnaligned<Word>(address);
+    }
+    return load<Word>(address, order);
+}
+
+}  // namespace Detail
+
+// The 64-bit word at `address`, in one load when it is aligned to 8 bytes; else it may be torn.
+inline std::uint64_t load64(void const* address, std::memory_order order)
+{
+    schedulePoint();
+    return Detail::loadWord<std::uint64_t>(address, order);
+}
+
+// The 32-bit word at `address`, in one load when it is aligned to 4 bytes; else it may be torn.
+inline std::uint32_t load32(void const* address, std::memory_order order)
+{
+    schedulePoint();
+    return Detail::loadWord<std::uint32_t>(address, order);
+}
+
+// A look ahead that decides nothing but what to prefetch: the value may be of any age.
+inline std::uint64_t peek64(void const* address)
+{
+    return Detail::loadWord<std::uint64_t>(address, std::memory_order_relaxed);
+}
+
+// Copies `size` bytes to private memory, in relaxed loads as wide as the alignment of `from` allows.
+// The copy means something only when the words that guard it are found unchanged afterwards, behind
+// fenceAcquire().
+inline void copy(void* to, void const* from, std::size_t size)
+{
+    auto* out = static_cast<unsigned char*>(to);
+    auto const* in = static_cast<unsigned char const*>(from);
+    if (Detail::isAligned(in, 8)) [[likely]] {
+        for (; size >= 8; size -= 8, in += 8, out += 8) {
+            schedulePoint();
+            auto const word = Detail::load<std::uint64_t>(in, std::memory_order_relaxed);
+            std::memcpy(out, &word, 8);
+        }
+    }
+    if (Detail::isAligned(in, 4)) {
+        for (; size >= 4; size -= 4, in += 4, out += 4) {
+            schedulePoint();
+            auto const word = Detail::load<std::uint32_t>(in, std::memory_order_relaxed);
+            std::memcpy(out, &word, 4);
+        }
+    }
+    for (; size > 0; --size, ++in, ++out) {
+        schedulePoint();
+        *out = Detail::load<unsigned char>(in, std::memory_order_relaxed);
+    }
+}
+
+// What was loaded before this is loaded before everything behind it.
+inline void fenceAcquire()
+{
+    std::atomic_thread_fence(std::memory_order_acquire);
+}
+
+}  // namespace Mem::Atomics

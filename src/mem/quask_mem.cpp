@@ -1,0 +1,57 @@
+#include "mem/quask_mem.h"
+
+namespace Quask {
+
+using Dovan::trace;
+
+QuaskMem::QuaskMem(Dovan::Platform::DebugHandler& sharedHandler, RootPath const& rootPath,
+                   char const* name, bool anonymous)
+    : Shared(rootPath.directory().c_str(), name, false,
+             anonymous ? LOCAL_DEFAULT_FLAGS : SHARED_DEFAULT_FLAGS, false),
+      Debuggable(sharedHandler),
+      localMem(anonymous)
+{
+    trace(*handler, 5, "QuaskMem::QuaskMem() prefix: ", prefix, " name:", name,
+          " localMem:", localMem);
+}
+
+QuaskMem::~QuaskMem() = default;
+
+std::string QuaskMem::getFilename() const
+{
+    std::string const result = localMem ? "[ANONYMOUS]" : filename;
+    trace(*handler, 5, "QuaskMem::getFilename() localMem: ", localMem, " filename: ", result);
+    return result;
+}
+
+unsigned QuaskMem::memSize() const
+{
+    unsigned const result = localMem ? size : Shared::memSize();
+    trace(*handler, 5, "QuaskMem::memSize() localMem: ", localMem, " filename: ", getFilename(),
+          " memSize: ", result);
+    return result;
+}
+
+void* QuaskMem::attach(unsigned bytes, Mem::Mode mode)
+{
+    // The size traced is the one before this call.
+    trace(*handler, 5, "QuaskMem::attach() size: ", size, " localMem: ", localMem,
+          " filename: ", getFilename());
+    return localMem ? Local::attach(bytes, mode) : Shared::attach(bytes, mode);
+}
+
+void* QuaskMem::resize(unsigned bytes)
+{
+    trace(*handler, 5, "QuaskMem::resize() resizing from ", size, " to ", bytes,
+          " localMem: ", localMem, " filename: ", getFilename());
+    return localMem ? Local::resize(bytes) : Shared::resize(bytes);
+}
+
+int QuaskMem::detach()
+{
+    trace(*handler, 5, "QuaskMem::detach() localMem: ", localMem,
+          " filename: ", localMem ? "[ANONYMOUS]" : filename);
+    return localMem ? Local::detach() : Shared::detach();
+}
+
+}  // namespace Quask

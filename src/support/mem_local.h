@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Mem {
+
+// How a segment is attached. The tool only ever reads.
+enum class Mode : int { write = 0, read = 1 };
+
+// Bytes of one page of memory; a power of two.
+extern std::size_t const pageSize_;
+
+// `size` rounded up to whole pages, in bytes.
+std::size_t roundUpToPages(std::size_t size);
+
+// A segment of anonymous memory, and the base of every segment. Owns its mapping. One thread; the
+// contents of a shared segment may be changed by other processes at any time.
+class Local
+{
+public:
+    static constexpr unsigned LOCAL_DEFAULT_FLAGS = 0;
+
+    Local() = default;
+    Local(Local const&) = delete;
+    Local& operator=(Local const&) = delete;
+
+    // Detaches, unless that was done.
+    virtual ~Local();
+
+    // Maps `bytes` bytes of zeros; the address of the first, or null when they cannot be had, `bytes`
+    // is 0, or the segment is attached.
+    void* attach(unsigned bytes, Mode mode);
+
+    // Maps the contents again with `bytes` bytes, which may move them: every pointer into the segment
+    // is then invalid. The new address, or null when that fails; the old mapping is then kept.
+    void* resize(unsigned bytes);
+
+    // Unmaps. 0, also when nothing was attached; -1 when the system refuses.
+    int detach();
+
+    // Bytes that may be read from the mapping's address on: those mapped and the rest of their page.
+    std::size_t readableSize() const { return roundUpToPages(size); }
+
+protected:
+    // Maps `bytes` bytes of `descriptor`, or of zeros when that is -1.
+    void* map(unsigned bytes, int protection, int descriptor);
+
+    unsigned size = 0;  // bytes mapped; 0 while nothing is
+    void* address = nullptr;
+    bool detached = false;
+};
+
+}  // namespace Mem

@@ -1,0 +1,51 @@
+#include "support/util.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+namespace Quask::Util {
+
+std::uint32_t hash(char const* bytes, unsigned length)
+{
+    std::uint32_t sum = 2166136261u;
+    for (unsigned i = 0; i < length; ++i) {
+        sum = (sum ^ static_cast<unsigned char>(bytes[i])) * 16777619u;
+    }
+    return sum;
+}
+
+std::string decodeMagic(unsigned long long magic)
+{
+    std::string text;
+    for (unsigned i = 0; i < 8; ++i) {
+        auto const byte = static_cast<unsigned char>(magic >> (8 * i));
+        text += byte >= 0x20 && byte <= 0x7e ? static_cast<char>(byte) : '.';
+    }
+    return text;
+}
+
+void decodeOrvik(unsigned orvik, unsigned short& pid, unsigned short& instanceId)
+{
+    pid = static_cast<unsigned short>(orvik & 0xffff);
+    instanceId = static_cast<unsigned short>(orvik >> 16);
+}
+
+bool isQuaskFile(Dovan::Platform::DebugHandler& /*handler*/, std::string const& fileName)
+{
+    return fileName == "buckets" || fileName == "slots" || fileName == "vandral.1" ||
+           fileName == "vandral.2";
+}
+
+std::string readCmdline(Dovan::Platform::DebugHandler& /*handler*/, int pid)
+{
+    std::ifstream file("/proc/" + std::to_string(pid) + "/cmdline", std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (!text.empty() && text.back() == '\0') {
+        text.pop_back();
+    }
+    std::replace(text.begin(), text.end(), '\0', ' ');
+    return text;
+}
+
+}  // namespace Quask::Util

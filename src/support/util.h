@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "base/debug_handler.h"
+
+namespace Quask::Util {
+
+// The 32-bit FNV-1a checksum of `length` bytes.
+std::uint32_t hash(char const* bytes, unsigned length);
+
+// The eight bytes of a magic number in file order; a byte that is no printable ASCII becomes ".".
+std::string decodeMagic(unsigned long long magic);
+
+// Splits a creator stamp: the process id is its low half, the instance id its high half.
+void decodeOrvik(unsigned orvik, unsigned short& pid, unsigned short& instanceId);
+
+// Whether a directory entry of this bare name makes its directory a table: true for the four files
+// that the tool maps. The file "orvik" belongs to a table but makes none.
+bool isQuaskFile(Dovan::Platform::DebugHandler& handler, std::string const& fileName);
+
+// The command line of a process, its arguments separated by blanks; empty when it cannot be read.
+std::string readCmdline(Dovan::Platform::DebugHandler& handler, int pid);
+
+}  // namespace Quask::Util

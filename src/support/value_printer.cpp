@@ -1,0 +1,3 @@
+#include "support/value_printer.h"
+
+#include "base/hex.h"

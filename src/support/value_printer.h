@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "base/text_buffer.h"
+
+namespace Dovan::Platform {
+
+// Turns the bytes of one value into a text of one line. Stateless; lives as long as the program.
+class ValuePrinter
+{
+public:
+    // The text of the value at `value`, which has as many bytes as the printer was asked for. The
+    // bytes need no alignment and must not change meanwhile.
+    virtual std::string print(void const* value) const = 0;
+
+    // Appends the same text to `out`.
+    virtual void append(Dovan::TextBuffer& out, void const* value) const = 0;
+
+protected:
+    ~ValuePrinter() = default;
+};
+
+// The printer for values of this type name (whole, with or without "std::" in front) and size in
+// bytes. Never null: a name that is not known, or whose size is another, gets the printer of
+// hexadecimal bytes. The caller does not own it.
+ValuePrinter const* getValuePrinter(std::string typeName, int valueSize);
+
+}  // namespace Dovan::Platform

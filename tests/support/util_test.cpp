@@ -1,0 +1,118 @@
+#include "support/util.h"
+
+#include <string>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "support/recording_handler.h"
+
+namespace {
+
+namespace Util = Quask::Util;
+
+TEST(Hash, IsFnv1aOfThirtyTwoBits)
+{
+    EXPECT_EQ(Util::hash("", 0), 0x811c9dc5u);
+    EXPECT_EQ(Util::hash("a", 1), 0xe40c292cu);
+    EXPECT_EQ(Util::hash("foobar", 6), 0xbf9cf968u);
+    EXPECT_EQ(Util::hash("\xff", 1), (0x811c9dc5u ^ 0xffu) * 16777619u);
+}
+
+TEST(DecodeMagic, ShowsTheBytesInFileOrder)
+{
+    EXPECT_EQ(Util::decodeMagic(0x544b424b53415551), "QUASKBKT");
+}
+
+TEST(DecodeMagic, ShowsAByteThatIsNotPrintableAsADot)
+{
+    EXPECT_EQ(Util::decodeMagic(0), "........");
+    EXPECT_EQ(Util::decodeMagic(0x7f7e201f22ff0a41), "A..\". ~.");
+    EXPECT_EQ(Util::decodeMagic(0x7f7e201f22ff0a41).size(), 8u);
+}
+
+TEST(DecodeOrvik, ThePidIsTheLowHalfAndTheInstanceTheHighHalf)
+{
+    unsigned short pid = 0;
+    unsigned short instanceId = 0;
+    Util::decodeOrvik(463463, pid, instanceId);
+    EXPECT_EQ(pid, 4711);
+    EXPECT_EQ(instanceId, 7);
+    Util::decodeOrvik(0xfffe0001, pid, instanceId);
+    EXPECT_EQ(pid, 1);
+    EXPECT_EQ(instanceId, 0xfffe);
+}
+
+TEST(IsQuaskFile, AcceptsTheFourMappedFilesAndNothingElse)
+{
+    QuaskTesting::RecordingHandler handler;
+    for (char const* const name : {"buckets", "slots", "vandral.1", "vandral.2"}) {
+        EXPECT_TRUE(Util::isQuaskFile(handler, name)) << name;
+    }
+    for (char const* const name : {"", "orvik", "vandral", "vandral.3", "Slots", "slots ", "slots.1",
+                                   "buckets~", "bucket"}) {
+        EXPECT_FALSE(Util::isQuaskFile(handler, name)) << name;
+    }
+}
+
+class ReadCmdline : public testing::Test
+{
+protected:
+    // The command line that a process started with these arguments shows.
+    static std::string of(std::vector<std::string> arguments)
+    {
+        int ends[2];
+        EXPECT_EQ(pipe(ends), 0);
+        pid_t const child = fork();
+        if (child == 0) {
+            dup2(ends[0], STDIN_FILENO);
+            close(ends[0]);
+            close(ends[1]);
+            std::vector<char*> pointers;
+            for (std::string& argument : arguments) {
+                pointers.push_back(argument.data());
+            }
+            pointers.push_back(nullptr);
+            execv("/bin/sh", pointers.data());
+            _exit(127);
+        }
+        close(ends[0]);
+        // Until the shell runs, the process shows this test's own arguments, or none.
+        QuaskTesting::RecordingHandler handler;
+        std::string own = Util::readCmdline(handler, getpid());
+        std::string text = own;
+        while (text == own || text.empty()) {
+            text = Util::readCmdline(handler, child);
+        }
+        close(ends[1]);
+        EXPECT_EQ(waitpid(child, nullptr, 0), child);
+        return text;
+    }
+};
+
+TEST_F(ReadCmdline, ArgumentsAreSeparatedByBlanks)
+{
+    EXPECT_EQ(of({"feeder", "-c", "read line"}), "feeder -c read line");
+}
+
+TEST_F(ReadCmdline, OnlyTheLastArgumentsEndIsDropped)
+{
+    EXPECT_EQ(of({"/usr/bin/feeder", "-c", "read line", ""}), "/usr/bin/feeder -c read line ");
+    EXPECT_EQ(of({"feeder"}), "feeder");
+}
+
+TEST_F(ReadCmdline, IsEmptyWhenThereIsNoSuchProcess)
+{
+    pid_t const child = fork();
+    if (child == 0) {
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+    QuaskTesting::RecordingHandler handler;
+    EXPECT_EQ(Util::readCmdline(handler, child), "");
+}
+
+}  // namespace
