@@ -24,8 +24,8 @@ public:
 // A new channel of this name, owned by the caller. It writes to standard error, one line a message,
 // led by the channel's name and the level, what the environment variable DOVAN_DEBUG enables: a
 // comma-separated list of LEVEL (for every channel) and NAME=LEVEL; the last item that matches the
-// name counts, and enables its level and all below. Without the variable nothing is enabled. An item
-// that is neither is ignored.
+// name counts, and enables its level and all below. Without the variable nothing is enabled. An
+// item that is neither is ignored.
 DebugHandler* getDebugHandler(std::string const& name);
 
 }  // namespace Dovan::Platform

@@ -14,13 +14,12 @@ public:
     // Obtains the channel `channelName` and owns it.
     explicit Debuggable(std::string const& channelName)
         : handler(Platform::getDebugHandler(channelName)), owned(true)
-    {
-    }
+    {}
 
     // Shares `sharedHandler`, which must outlive this object.
-    explicit Debuggable(Platform::DebugHandler& sharedHandler) : handler(&sharedHandler), owned(false)
-    {
-    }
+    explicit Debuggable(Platform::DebugHandler& sharedHandler)
+        : handler(&sharedHandler), owned(false)
+    {}
 
     Debuggable(Debuggable const&) = delete;
     Debuggable& operator=(Debuggable const&) = delete;

@@ -59,12 +59,14 @@ std::string dumpHex(void const* data, unsigned size)
 
 char* writeHex(char* out, std::uint32_t value)
 {
-    unsigned const digitCount = value == 0 ? 1 : (static_cast<unsigned>(std::bit_width(value)) + 3) / 4;
+    unsigned const digitCount =
+        value == 0 ? 1 : (static_cast<unsigned>(std::bit_width(value)) + 3) / 4;
     std::uint64_t nibbles = value;
     nibbles = (nibbles | nibbles << 16) & 0x0000ffff0000ffff;
     nibbles = (nibbles | nibbles << 8) & 0x00ff00ff00ff00ff;
     nibbles = (nibbles | nibbles << 4) & 0x0f0f0f0f0f0f0f0f;
-    // The most significant digit comes first: the bytes are turned round and leading zeros shifted out.
+    // The most significant digit comes first: the bytes are turned round and leading zeros shifted
+    // out.
     std::uint64_t const digits = digitsOf(__builtin_bswap64(nibbles)) >> (64 - 8 * digitCount);
     std::memcpy(out, &digits, 8);
     return out + digitCount;

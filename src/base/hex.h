@@ -21,8 +21,8 @@ constexpr std::size_t dumpHexLength(std::size_t size)
 char* writeDumpHex(char* out, void const* data, std::size_t size);
 constexpr std::size_t dumpHexSlack = 16;
 
-// Writes `value` in lower-case hexadecimal without leading zeros; the address behind the last digit.
-// `out` has room for 8 characters, all of which may be overwritten.
+// Writes `value` in lower-case hexadecimal without leading zeros; the address behind the last
+// digit. `out` has room for 8 characters, all of which may be overwritten.
 char* writeHex(char* out, std::uint32_t value);
 
 }  // namespace Dovan

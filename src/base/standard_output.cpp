@@ -25,7 +25,8 @@ void waitUntilWritable(int descriptor)
 
 void reserveStandardDescriptors()
 {
-    // open() gives the lowest free descriptor, so each round fills one gap until none is left below 3.
+    // open() gives the lowest free descriptor, so each round fills one gap until none is left
+    // below 3.
     int descriptor = 0;
     do {
         descriptor = open("/dev/null", O_RDONLY);

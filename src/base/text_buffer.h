@@ -7,9 +7,9 @@
 
 namespace Dovan {
 
-// Text that is built piece by piece, taken as a view and cleared, many million times a run. It keeps
-// its memory when it is cleared, so that once it has grown to the longest text nothing is allocated,
-// and never fills memory that is about to be overwritten. One thread at a time.
+// Text that is built piece by piece, taken as a view and cleared, many million times a run. It
+// keeps its memory when it is cleared, so that once it has grown to the longest text nothing is
+// allocated, and never fills memory that is about to be overwritten. One thread at a time.
 class TextBuffer
 {
 public:

@@ -7,9 +7,9 @@
 
 #include "mem/schedule_point.h"
 
-// The only way by which memory that another process changes is read. Every load is one atomic access
-// of the word's width, so none is torn or repeated by the compiler; the order is the caller's, who
-// says at each load which store of the writer it pairs with.
+// The only way by which memory that another process changes is read. Every load is one atomic
+// access of the word's width, so none is torn or repeated by the compiler; the order is the
+// caller's, who says at each load which store of the writer it pairs with.
 namespace Mem::Atomics {
 
 // True when the processor loads an aligned 64-bit word atomically. Asked before any table is read.
@@ -37,7 +37,8 @@ Word loadUnaligned(void const* address)
     auto const* const bytes = static_cast<unsigned char const*>(address);
     Word word = 0;
     for (std::size_t i = 0; i < sizeof(Word); ++i) {
-        word |= static_cast<Word>(load<unsigned char>(bytes + i, std::memory_order_relaxed)) << (8 * i);
+        word |= static_cast<Word>(load<unsigned char>(bytes + i, std::memory_order_relaxed))
+                << (8 * i);
     }
     std::atomic_thread_fence(std::memory_order_acquire);
     return word;
@@ -74,9 +75,9 @@ inline std::uint64_t peek64(void const* address)
     return Detail::loadWord<std::uint64_t>(address, std::memory_order_relaxed);
 }
 
-// Copies `size` bytes to private memory, in relaxed loads as wide as the alignment of `from` allows.
-// The copy means something only when the words that guard it are found unchanged afterwards, behind
-// fenceAcquire().
+// Copies `size` bytes to private memory, in relaxed loads as wide as the alignment of `from`
+// allows. The copy means something only when the words that guard it are found unchanged
+// afterwards, behind fenceAcquire().
 inline void copy(void* to, void const* from, std::size_t size)
 {
     auto* out = static_cast<unsigned char*>(to);

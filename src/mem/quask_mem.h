@@ -9,16 +9,16 @@
 namespace Quask {
 
 // One file of a table as a memory segment, or anonymous memory in its place, with a trace of every
-// operation at level 5 of the table's channel. Reports no errors of its own: a null address or a size
-// of 0 is for the owner to word. Reads nothing of what it maps. Neither copied nor assigned; one
-// thread.
+// operation at level 5 of the table's channel. Reports no errors of its own: a null address or a
+// size of 0 is for the owner to word. Reads nothing of what it maps. Neither copied nor assigned;
+// one thread.
 class QuaskMem : public Mem::Shared, public Dovan::Debuggable
 {
 public:
     // The file `name` in the directory of `rootPath`, whose text is copied. With `anonymous` all
     // operations go to anonymous memory instead. `sharedHandler` must outlive the segment.
-    QuaskMem(Dovan::Platform::DebugHandler& sharedHandler, RootPath const& rootPath, char const* name,
-             bool anonymous);
+    QuaskMem(Dovan::Platform::DebugHandler& sharedHandler, RootPath const& rootPath,
+             char const* name, bool anonymous);
     ~QuaskMem() override;
 
     // The path of the file, or "[ANONYMOUS]".
@@ -27,8 +27,8 @@ public:
     // Bytes: of the file as it is now (0 when there is none), or of the anonymous mapping.
     unsigned memSize() const;
 
-    // Maps `bytes` bytes; the address of the first, or null. Pointers into the segment are valid until
-    // it is resized, detached or destroyed.
+    // Maps `bytes` bytes; the address of the first, or null. Pointers into the segment are valid
+    // until it is resized, detached or destroyed.
     void* attach(unsigned bytes, Mem::Mode mode);
 
     // Maps again with `bytes` bytes; the address, which may be another, or null (see Mem::Local).

@@ -5,8 +5,8 @@
 
 namespace Mem {
 
-// A value with the change counter that its writer raises at every rewrite. In a table file it is one
-// aligned 64-bit word, the version in its low half.
+// A value with the change counter that its writer raises at every rewrite. In a table file it is
+// one aligned 64-bit word, the version in its low half.
 struct VerU32
 {
     std::uint32_t version;

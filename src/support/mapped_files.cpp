@@ -22,8 +22,8 @@ struct MappedFile
     std::size_t size;
 };
 
-// Read by the signal handler, which runs in this thread at a load from a mapping, never inside add()
-// or remove().
+// Read by the signal handler, which runs in this thread at a load from a mapping, never inside
+// add() or remove().
 std::array<MappedFile, 16> mappedFiles{};
 
 MappedFile const* fileAt(void const* address)
@@ -60,7 +60,8 @@ void onBusError(int signal, siginfo_t* info, void* /*context*/)
 
 void installHandler()
 {
-    struct sigaction action{};
+    struct sigaction action
+    {};
     action.sa_sigaction = onBusError;
     action.sa_flags = SA_SIGINFO;
     sigemptyset(&action.sa_mask);

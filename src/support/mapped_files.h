@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-// The table files that are mapped at the moment, for the one moment when that matters: a load from a
-// page that another process has cut off its file raises SIGBUS. Then what was printed so far is
+// The table files that are mapped at the moment, for the one moment when that matters: a load from
+// a page that another process has cut off its file raises SIGBUS. Then what was printed so far is
 // written out, one line on standard error names the file, and the process ends with status 1. A
 // SIGBUS for any other reason ends the process as it would without this.
 namespace Mem::MappedFiles {

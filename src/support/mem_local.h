@@ -6,7 +6,11 @@
 namespace Mem {
 
 // How a segment is attached. The tool only ever reads.
-enum class Mode : int { write = 0, read = 1 };
+enum class Mode : int
+{
+    write = 0,
+    read = 1
+};
 
 // Bytes of one page of memory; a power of two.
 extern std::size_t const pageSize_;
@@ -28,18 +32,20 @@ public:
     // Detaches, unless that was done.
     virtual ~Local();
 
-    // Maps `bytes` bytes of zeros; the address of the first, or null when they cannot be had, `bytes`
-    // is 0, or the segment is attached.
+    // Maps `bytes` bytes of zeros; the address of the first, or null when they cannot be had,
+    // `bytes` is 0, or the segment is attached.
     void* attach(unsigned bytes, Mode mode);
 
-    // Maps the contents again with `bytes` bytes, which may move them: every pointer into the segment
-    // is then invalid. The new address, or null when that fails; the old mapping is then kept.
+    // Maps the contents again with `bytes` bytes, which may move them: every pointer into the
+    // segment is then invalid. The new address, or null when that fails; the old mapping is then
+    // kept.
     void* resize(unsigned bytes);
 
     // Unmaps. 0, also when nothing was attached; -1 when the system refuses.
     int detach();
 
-    // Bytes that may be read from the mapping's address on: those mapped and the rest of their page.
+    // Bytes that may be read from the mapping's address on: those mapped and the rest of their
+    // page.
     std::size_t readableSize() const { return roundUpToPages(size); }
 
 protected:

@@ -24,13 +24,15 @@ unsigned sizeOf(struct stat const& status)
 
 unsigned sizeOfFile(std::string const& path)
 {
-    struct stat status{};
+    struct stat status
+    {};
     return stat(path.c_str(), &status) == 0 ? sizeOf(status) : 0;
 }
 
 unsigned sizeOfOpenFile(int descriptor)
 {
-    struct stat status{};
+    struct stat status
+    {};
     return fstat(descriptor, &status) == 0 ? sizeOf(status) : 0;
 }
 
@@ -43,8 +45,7 @@ std::string textOf(char const* text)
 
 Shared::Shared(char const* directory, char const* name, bool, unsigned /*flags*/, bool)
     : prefix(textOf(directory)), filename(prefix + "/" + textOf(name))
-{
-}
+{}
 
 Shared::~Shared()
 {

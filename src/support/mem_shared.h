@@ -22,8 +22,8 @@ public:
     ~Shared() override;
 
     // Maps `bytes` bytes of the file from its start. The address, or null when the file cannot be
-    // opened or mapped, is no regular file, ends before the last page asked for, `mode` is not read,
-    // or the segment is attached.
+    // opened or mapped, is no regular file, ends before the last page asked for, `mode` is not
+    // read, or the segment is attached.
     void* attach(unsigned bytes, Mode mode);
 
     // As for Local. The caller has made sure that the file is that long.

@@ -5,7 +5,8 @@
 
 namespace Quask {
 
-RootPath::RootPath(Dovan::Platform::DebugHandler& sharedHandler, std::string const& table, bool create)
+RootPath::RootPath(Dovan::Platform::DebugHandler& sharedHandler, std::string const& table,
+                   bool create)
     : Debuggable(sharedHandler),
       directory_(table.empty() ? rootDirectory() : rootDirectory() + "/" + table),
       table_(table)

@@ -15,8 +15,8 @@ class RootPath : public Dovan::Debuggable
 {
 public:
     // `table` is the table's path below the root directory, taken as it is. With `create` the
-    // directory and its parents are made where they are missing (for writers; failure shows when the
-    // files are opened). `sharedHandler` must outlive the object.
+    // directory and its parents are made where they are missing (for writers; failure shows when
+    // the files are opened). `sharedHandler` must outlive the object.
     RootPath(Dovan::Platform::DebugHandler& sharedHandler, std::string const& table, bool create);
 
     std::string const& directory() const { return directory_; }

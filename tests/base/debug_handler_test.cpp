@@ -1,9 +1,9 @@
 #include "base/debug_handler.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <memory>
-
-#include <gtest/gtest.h>
 
 #include "base/exception.h"
 #include "support/recording_handler.h"
@@ -87,8 +87,7 @@ TEST_F(DebugHandlerTest, WritesOneLineLedByNameAndLevel)
 }
 
 struct Unprintable
-{
-};
+{};
 
 std::ostream& operator<<(std::ostream& out, Unprintable const& /*value*/)
 {

@@ -1,11 +1,11 @@
 #include "base/hex.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <random>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 

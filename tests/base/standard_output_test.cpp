@@ -1,5 +1,7 @@
 #include "base/standard_output.h"
 
+#include <gtest/gtest.h>
+
 #include <csignal>
 #include <iostream>
 #include <string>
@@ -8,8 +10,6 @@
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 namespace {
 

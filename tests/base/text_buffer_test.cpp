@@ -1,8 +1,8 @@
 #include "base/text_buffer.h"
 
-#include <string>
-
 #include <gtest/gtest.h>
+
+#include <string>
 
 namespace {
 

@@ -1,12 +1,12 @@
 #include "support/mapped_files.h"
 
+#include <gtest/gtest.h>
+
 #include <csignal>
 #include <filesystem>
 #include <iostream>
 
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include "base/standard_output.h"
 #include "support/mem_shared.h"

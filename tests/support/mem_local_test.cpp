@@ -1,8 +1,8 @@
 #include "support/mem_local.h"
 
-#include <cstring>
-
 #include <gtest/gtest.h>
+
+#include <cstring>
 
 namespace {
 

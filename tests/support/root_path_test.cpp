@@ -1,8 +1,8 @@
 #include "support/root_path.h"
 
-#include <filesystem>
-
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 #include "support/private_root.h"
 #include "support/recording_handler.h"

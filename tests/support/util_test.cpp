@@ -1,12 +1,12 @@
 #include "support/util.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include "support/recording_handler.h"
 
@@ -52,8 +52,8 @@ TEST(IsQuaskFile, AcceptsTheFourMappedFilesAndNothingElse)
     for (char const* const name : {"buckets", "slots", "vandral.1", "vandral.2"}) {
         EXPECT_TRUE(Util::isQuaskFile(handler, name)) << name;
     }
-    for (char const* const name : {"", "orvik", "vandral", "vandral.3", "Slots", "slots ", "slots.1",
-                                   "buckets~", "bucket"}) {
+    for (char const* const name : {"", "orvik", "vandral", "vandral.3", "Slots", "slots ",
+                                   "slots.1", "buckets~", "bucket"}) {
         EXPECT_FALSE(Util::isQuaskFile(handler, name)) << name;
     }
 }

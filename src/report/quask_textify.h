@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "base/text_buffer.h"
+#include "support/value_printer.h"
+#include "table/scan_handler.h"
+
+namespace Quask {
+
+// Turns the walk of each bucket chain into one line of text, and hands the line on when the chain
+// has ended: a chain that had to be walked again never shows what was read of it before. Nothing is
+// allocated for a bucket or a slot once the buffer has grown to the longest line.
+class QuaskTextify : public ScanHandler
+{
+public:
+    // How values are shown: as hexadecimal bytes, or as the value printer's text. Vosk and Pretty
+    // are the same text; every other number is Plain.
+    enum Style : int
+    {
+        Plain = 0,
+        Vosk = 1,
+        Pretty = 2
+    };
+
+    // `valueBuffer` has `valueSize` bytes and is taken over. `valueType` is the type's name in the
+    // slot header; it and the printer, which is the one for this type and size, must outlive the
+    // object.
+    QuaskTextify(std::unique_ptr<unsigned char[]> valueBuffer, unsigned valueSize,
+                 Style chosenStyle, Dovan::Platform::ValuePrinter const* printer,
+                 char const* valueType, bool showEmpty);
+    QuaskTextify(QuaskTextify const&) = delete;
+    QuaskTextify& operator=(QuaskTextify const&) = delete;
+
+    // Ends the line. What handleLineString() said; true when an empty bucket is not to be shown.
+    bool done(unsigned bucket, SlotRef const& ref) override;
+
+    // Adds an element to the line. Always true.
+    bool handleSlot(unsigned bucket, SlotRef const& ref, unsigned char* valueBytes, unsigned length,
+                    bool lookaside, unsigned sequence) override;
+
+    // Throws the line away. Always true.
+    bool restart(unsigned bucket) override;
+
+    // Takes a finished line, newline included; the text is valid during the call. False ends the
+    // walk.
+    virtual bool handleLineString(unsigned bucket, std::string_view line) = 0;
+
+protected:
+    ~QuaskTextify();
+
+    Style style;
+    bool verbose = false;  // shows each link's version and each slot's state word, in decimal
+    std::string name;      // always empty; nothing reads it
+    Dovan::Platform::ValuePrinter const* valuePrinter;
+    char const* typeName;     // in the mapped slot header; nothing reads it
+    Dovan::TextBuffer chain;  // the line so far; empty until the chain's first element
+    bool printEmpty;
+};
+
+}  // namespace Quask

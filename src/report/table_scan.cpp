@@ -1,0 +1,104 @@
+// The table scan, the one job that every scanner has.
+
+#include <iostream>
+#include <memory>
+#include <new>
+#include <sstream>
+
+#include "base/exception.h"
+#include "mem/atomics.h"
+#include "report/quask_scanner_base.h"
+#include "table/quask_reader_generic.h"
+
+namespace Quask {
+
+// Writes each line as it is. Final, so that the walk calls it directly.
+class QuaskScannerBase::MyScanner final : public QuaskTextify
+{
+public:
+    MyScanner(std::unique_ptr<unsigned char[]> valueBuffer, unsigned valueSize, Style chosenStyle,
+              Dovan::Platform::ValuePrinter const* printer, char const* valueType, bool showEmpty,
+              std::ostream& output)
+        : QuaskTextify(std::move(valueBuffer), valueSize, chosenStyle, printer, valueType,
+                       showEmpty),
+          out(&output)
+    {}
+
+    bool handleLineString(unsigned /*bucket*/, std::string_view line) override
+    {
+        out->write(line.data(), static_cast<std::streamsize>(line.size()));
+        return true;
+    }
+
+private:
+    std::ostream* out;
+};
+
+namespace {
+
+// Attaches and checks the table. False, with what there is to say, when it cannot be walked.
+bool prepare(QuaskReaderGeneric& reader, std::string const& name)
+{
+    if (!Mem::Atomics::checkCpuSupport()) {
+        std::cerr << "Hardware does not support Atomics" << std::endl;
+        return false;
+    }
+    if (!reader.attach()) {
+        return false;
+    }
+    std::string error;
+    if (!reader.validate(error)) {
+        // On standard output even when the report goes to a file.
+        std::cout << "Quask " << name << " validation failed: " << error << std::endl;
+        return false;
+    }
+    return true;
+}
+
+// Zeroed memory for one value. A value can be no larger than the file that holds it: a header that
+// says so, or memory that cannot be had, is corruption.
+std::unique_ptr<unsigned char[]> makeValueBuffer(Dovan::Platform::DebugHandler& handler,
+                                                 unsigned valueSize, unsigned fileSize)
+{
+    std::unique_ptr<unsigned char[]> buffer;
+    if (valueSize <= fileSize) {
+        buffer.reset(new (std::nothrow) unsigned char[valueSize]());
+    }
+    if (buffer == nullptr) {
+        std::ostringstream message;
+        message << "QuaskScannerBase::doScan() no buffer for a value of size: " << valueSize
+                << " slot file size: " << fileSize;
+        Dovan::logAndThrow<CorruptionDetectedException>(handler, message.str());
+    }
+    return buffer;
+}
+
+}  // namespace
+
+int QuaskScannerBase::doScan(QuaskTextify::Style style, bool printEmpty)
+{
+    std::string const name = tableNameText();
+    QuaskReaderGeneric reader(name);
+    if (!prepare(reader, name)) {
+        std::cerr << "Error attaching to Quask " << name << std::endl;
+        return 1;
+    }
+    auto const& [typeName, valueSize] = reader.valueFormat();
+    MyScanner scanner(makeValueBuffer(*handler, valueSize, reader.slotFileSize()), valueSize, style,
+                      Dovan::Platform::getValuePrinter(typeName, static_cast<int>(valueSize)),
+                      reader.liveSlotsHeader().valueType.data(), printEmpty, *out);
+    try {
+        reader.scan(scanner, 0, 0xffffffff, Direction::upward, true);
+    } catch (...) {
+        // An exception that nothing catches ends the process without unwinding, and the lines of
+        // the buckets before it would be lost.
+        out->flush();
+        throw;
+    }
+    *out << "Lookaside hits: " << reader.lookasideHits() << std::endl;
+    *out << "Chain restarts: " << reader.chainRestarts() << std::endl;
+    closeOutput();
+    return 0;
+}
+
+}  // namespace Quask

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "mem/atomics.h"
+#include "table/bucket_reader_table.h"
+#include "table/slot_reader_generic_table.h"
+
+namespace Quask {
+
+// Runs ahead of an upward walk and asks the processor for the slots that it will need, so that the
+// walk finds them in the cache instead of waiting for memory at every link. A hint, nothing more:
+// it looks at links of any age, decides nothing, and touches only mapped pages.
+//
+// It works by batches of buckets, in stages. When the walk begins a batch, the head slots of the
+// batch some way ahead are asked for; of the one before that, whose head slots have arrived by
+// then, the slots behind them; and so on. The end of a chain longer than the stages is left to the
+// walk.
+class ChainPrefetch
+{
+public:
+    // Both tables must be set up; they are used, not owned. `bytes` bytes of each value matter.
+    ChainPrefetch(BucketReaderTable const& buckets, SlotReaderGenericTable const& slots,
+                  unsigned bytes)
+        : buckets_(buckets),
+          slots_(slots),
+          lastByte_(std::min<std::size_t>(SlotReaderGenericTable::valueOffset + bytes, 128) - 1)
+    {
+        forget();
+    }
+
+    // The mapping of the slots has changed: what was looked up before is not valid any more.
+    void forget()
+    {
+        layout_ = slots_.layout();
+        for (Batch& batch : stages_) {
+            batch.count = 0;
+        }
+    }
+
+    // The walk is about to visit bucket `index`, and has visited those before it in order.
+    void advance(unsigned index)
+    {
+        if (index % batchSize != 0) {
+            return;
+        }
+        for (std::size_t stage = stages_.size() - 1; stage > 0; --stage) {
+            requestNext(stages_[stage - 1], stages_[stage]);
+        }
+        requestHeads(std::uint64_t{index} + batchSize * stages_.size(), stages_[0]);
+    }
+
+private:
+    // Found by measurement with 4 million slots at random places. A batch gives the memory the time
+    // to answer; four stages reach all but one in a thousand elements where there are as many
+    // buckets as slots.
+    static constexpr unsigned batchSize = 16;
+    static constexpr std::size_t stageCount = 4;
+
+    // The slots of one batch that were asked for last.
+    struct Batch
+    {
+        // Asks for the slot that `link` leads to and keeps it, if there is one. Without a branch:
+        // whether a chain goes on is a matter of chance, and a wrong guess costs more than the
+        // rest.
+        void add(SlotLayout const& layout, SlotRef const& link, std::size_t lastByte)
+        {
+            bool const isSlot = link.index < layout.reachable;
+            unsigned char const* const slot = layout.slot(isSlot ? link.index : 0);
+            __builtin_prefetch(slot);
+            __builtin_prefetch(slot + lastByte);
+            slots[count] = slot;
+            count += isSlot ? 1 : 0;
+        }
+
+        std::array<unsigned char const*, batchSize + 1> slots;
+        std::size_t count;
+    };
+
+    void requestHeads(std::uint64_t first, Batch& heads)
+    {
+        heads.count = 0;
+        std::uint64_t const end =
+            std::min<std::uint64_t>(first + batchSize, buckets_.readableBuckets());
+        for (std::uint64_t bucket = first; bucket < end; ++bucket) {
+            SlotRef const& link = buckets_.getRef(static_cast<unsigned>(bucket));
+            heads.add(layout_, slotRef(Mem::Atomics::peek64(&link)), lastByte_);
+        }
+    }
+
+    void requestNext(Batch const& arrived, Batch& next)
+    {
+        next.count = 0;
+        for (std::size_t i = 0; i < arrived.count; ++i) {
+            next.add(layout_, slotRef(Mem::Atomics::peek64(arrived.slots[i])), lastByte_);
+        }
+    }
+
+    BucketReaderTable const& buckets_;
+    SlotReaderGenericTable const& slots_;
+    std::size_t const lastByte_;
+    SlotLayout layout_;
+    std::array<Batch, stageCount> stages_;
+};
+
+}  // namespace Quask

@@ -1,0 +1,234 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "mem/atomics.h"
+#include "table/bucket_reader_table.h"
+#include "table/chain_cycle.h"
+#include "table/chain_prefetch.h"
+#include "table/direction.h"
+#include "table/reader_statistics.h"
+#include "table/slot_reader_generic_table.h"
+#include "table/walk_errors.h"
+
+namespace Quask {
+
+// The checks that make a walk right while writers change the table under it. A test may leave one
+// out to see that it is needed; nothing else does.
+struct AllWalkChecks
+{
+    static constexpr bool linkVersion = true;  // a followed link is looked at again
+    static constexpr bool sequence = true;     // a value's state word is looked at again
+    static constexpr bool lookaside =
+        true;                             // a value being rewritten is read from the lookaside slot
+    static constexpr bool growth = true;  // slots beyond the mapping are mapped when published
+};
+
+// One optimistic walk over bucket chains. Never locks, never writes to the table. It rests on these
+// invariants:
+//
+// 1. A link is read with one atomic load, so that its version and its index belong together.
+// 2. A value is accepted only when the slot's sequence word is the same before and after the copy.
+//    While the word's lookaside bit is set, the value is the one in the lookaside slot.
+// 3. A slot is handed out only after the version of the link that led to it was found unchanged,
+// and
+//    that after its value and its next link were read. An unchanged version says that at this
+//    moment the slot was still where the link led, so the next link continues this very chain.
+// 4. A changed link makes the whole chain be walked again from its head, never only its tail, and
+// the
+//    handler forget it: what a handler sees as finished is one walk from the head to the end.
+//
+// A finished chain is not a snapshot: its elements were each in the chain at the moment when they
+// were read, one after the other. An element that no writer touches is in it exactly once.
+//
+// Nothing is allocated. One thread.
+template <typename Handler, typename Checks = AllWalkChecks>
+class ChainWalk
+{
+public:
+    // All are used, none is owned. The tables must be set up, the handler's buffer in place.
+    ChainWalk(Dovan::Platform::DebugHandler& debugHandler, BucketReaderTable& bucketTable,
+              SlotReaderGenericTable& slotTable, ReaderStatistics& readerStatistics,
+              std::uint32_t& chainRestarts, Handler& scanHandler)
+        : debugHandler_(debugHandler),
+          buckets_(bucketTable),
+          slots_(slotTable),
+          statistics_(readerStatistics),
+          chainRestarts_(chainRestarts),
+          handler_(scanHandler),
+          prefetch_(bucketTable, slotTable, scanHandler.size)
+    {}
+
+    // Walks buckets from `first` on until the handler says stop. With `byPosition` `count` buckets,
+    // cut to those there are; without it until `count` buckets with elements were read (one that is
+    // walked again counts again). Walking downward, a `count` that equals `first` means one more.
+    //
+    // There is no limit on restarts: a chain that changes all the time keeps the walk busy.
+    //
+    // Throws CorruptionDetectedException when a bucket or slot lies outside the table, or a chain
+    // runs in a circle that no writer is rearranging; and what the growth step throws.
+    void run(unsigned first, unsigned count, Direction direction, bool byPosition)
+    {
+        unsigned const bucketCount = buckets_.bucketCount();
+        unsigned const step = direction == Direction::upward ? 1u : ~0u;
+        if (direction != Direction::upward) {
+            count = count == first ? first + 1 : count;
+        } else if (first + count >= bucketCount) {
+            count = bucketCount - first;
+        }
+        unsigned visited = 0;
+        unsigned index = first;
+        while (byPosition ? index < first + count : visited < count && index < bucketCount) {
+            prefetch_.advance(index);
+            SlotRef const* const bucket = &buckets_.getRef(index);
+            SlotRef link = loadLink(*bucket);
+            visited += !byPosition && !link.isNull() ? 1 : 0;
+            switch (walkChain(index, bucket, link)) {
+                case ChainEnd::reached:
+                    if (!handler_.done(index, link)) {
+                        return;
+                    }
+                    index += step;
+                    break;
+                case ChainEnd::changed:
+                    ++chainRestarts_;
+                    handler_.restart(index);
+                    break;
+                case ChainEnd::stopped:
+                    return;
+            }
+        }
+    }
+
+private:
+    enum class ChainEnd
+    {
+        reached,
+        changed,
+        stopped
+    };
+
+    // What was read of one slot.
+    struct Reading
+    {
+        SlotRef next;
+        std::uint32_t sequence;
+        bool lookaside;
+        bool remapped;  // pointers into the slot file that were taken before are invalid
+    };
+
+    // acquire: pairs with the writer's release store of the link, so that what the writer had
+    // stored into the slot before it led there is seen.
+    static SlotRef loadLink(SlotRef const& link)
+    {
+        return slotRef(Mem::Atomics::load64(&link, std::memory_order_acquire));
+    }
+
+    // relaxed: the loads of the slot, value and next link, come before it by the fence behind the
+    // value and the acquire of the next link. When one of them saw the slot as it was after the
+    // link had been rewritten, this load sees the rewritten link: the writer stores a link before
+    // it touches the slot that the link has left.
+    static bool isUnchanged(SlotRef const* linkAddress, SlotRef const& link)
+    {
+        return !Checks::linkVersion ||
+               Mem::Atomics::load32(&linkAddress->version, std::memory_order_relaxed) ==
+                   link.version;
+    }
+
+    // Walks one chain from `link`, which lies at `bucket`. `link` is the null link that ended the
+    // chain, when that was reached.
+    ChainEnd walkChain(unsigned index, SlotRef const* bucket, SlotRef& link)
+    {
+        SlotRef const* linkAddress = bucket;
+        std::uint32_t linkOwner = SlotRef::null;  // slot in which `link` lies; null: the bucket
+        ChainCycle cycle;
+        while (!link.isNull()) {
+            Reading const slot = readSlot(link.index);
+            if (slot.remapped && linkOwner != SlotRef::null) {
+                linkAddress = nextLinkOf(linkOwner);
+            }
+            if (linkAddress == nullptr || !isUnchanged(linkAddress, link)) {
+                return ChainEnd::changed;
+            }
+            if (cycle.closesAt(link.index, slot.next)) [[unlikely]] {
+                throwCycle(debugHandler_, index, link.index);
+            }
+            if (!handler_.handleSlot(index, link, handler_.data, handler_.size, slot.lookaside,
+                                     slot.sequence)) {
+                return ChainEnd::stopped;
+            }
+            linkOwner = link.index;
+            linkAddress = nextLinkOf(linkOwner);
+            link = slot.next;
+        }
+        return ChainEnd::reached;
+    }
+
+    // Where the next link of a slot that was read lies now; null when a re-map has left it outside.
+    SlotRef const* nextLinkOf(std::uint32_t index) const
+    {
+        Slot<EmptyValue> const* const slot = slots_.slotAt(index, 0);
+        return slot == nullptr ? nullptr : &slot->next;
+    }
+
+    // Reads the slot, its value into the handler's buffer; again when the slot file has grown
+    // meanwhile. A slot outside the table is an error only when the file has not grown.
+    Reading readSlot(std::uint32_t index)
+    {
+        for (bool remapped = false;; remapped = true) {
+            unsigned const length = std::min(slots_.liveValueSize(), handler_.size);
+            Slot<EmptyValue> const* const slot =
+                index <= slots_.maximumIndex() ? slots_.slotAt(index, length) : nullptr;
+            Reading reading{};
+            if (slot != nullptr) [[likely]] {
+                reading = readFound(*slot, length);
+            }
+            if (Checks::growth && slots_.doResize()) [[unlikely]] {
+                prefetch_.forget();
+                continue;
+            }
+            if (slot == nullptr) [[unlikely]] {
+                throwOutsideSlots(debugHandler_, slots_, index);
+            }
+            reading.remapped = remapped;
+            return reading;
+        }
+    }
+
+    Reading readFound(Slot<EmptyValue> const& slot, unsigned length)
+    {
+        // acquire: pairs with the writer's release store of the word, so that the value is at least
+        // as new as the word says; with the lookaside bit, that the lookaside slot holds the value.
+        std::uint32_t sequence = Mem::Atomics::load32(&slot.sequence, std::memory_order_acquire);
+        for (;;) {
+            bool const lookaside =
+                Checks::lookaside && (sequence & Slot<EmptyValue>::LOOKASIDE) != 0;
+            statistics_.lookasideHits += lookaside ? 1 : 0;
+            Mem::Atomics::copy(handler_.data,
+                               lookaside ? slots_.lookasideValue()
+                                         : reinterpret_cast<unsigned char const*>(&slot.value),
+                               length);
+            // The fence keeps the copy before the second look at the word: bytes of a later value
+            // bring the word that the writer had stored before them.
+            Mem::Atomics::fenceAcquire();
+            // bring the word that the writer had stored before them. acquire for the next round.
+            std::uint32_t const again =
+                Mem::Atomics::load32(&slot.sequence, std::memory_order_acquire);
+            if (again == sequence || !Checks::sequence) {
+                return {loadLink(slot.next), sequence, lookaside, false};
+            }
+            sequence = again;
+        }
+    }
+
+    Dovan::Platform::DebugHandler& debugHandler_;
+    BucketReaderTable& buckets_;
+    SlotReaderGenericTable& slots_;
+    ReaderStatistics& statistics_;
+    std::uint32_t& chainRestarts_;
+    Handler& handler_;
+    ChainPrefetch prefetch_;
+};
+
+}  // namespace Quask

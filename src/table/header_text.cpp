@@ -1,0 +1,116 @@
+#include "table/header_text.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <iomanip>
+#include <sstream>
+#include <vector>
+
+#include "base/hex.h"
+#include "mem/atomics.h"
+#include "support/util.h"
+#include "support/value_printer.h"
+
+namespace Quask::QuaskTest {
+namespace {
+
+void writeMagic(std::ostream& out, std::uint64_t magic)
+{
+    out << "\tMagic: 0x" << std::hex << magic << std::dec << " (\"" << Util::decodeMagic(magic)
+        << "\")\n";
+}
+
+void writeOrvik(std::ostream& out, std::uint32_t orvik)
+{
+    unsigned short pid = 0;
+    unsigned short instanceId = 0;
+    Util::decodeOrvik(orvik, pid, instanceId);
+    out << "\tOrvik: " << orvik << " (pid: " << pid << " instanceId: " << instanceId << ")\n";
+}
+
+struct Hex8
+{
+    std::uint32_t value;
+};
+
+std::ostream& operator<<(std::ostream& out, Hex8 const& hex)
+{
+    return out << std::hex << std::setw(8) << std::setfill('0') << hex.value << std::dec;
+}
+
+// The lookaside value of the mapped header, of the type and size that its copy tells. A writer may
+// rewrite it meanwhile: nothing in a slot file tells a reader that a lookaside value is whole.
+std::string lookasideValueText(SlotTable<EmptyValue>::Header const& live,
+                               SlotTable<EmptyValue>::Header const& copy, std::size_t readable)
+{
+    constexpr std::size_t offset =
+        SlotTable<EmptyValue>::fixedSize + offsetof(Slot<EmptyValue>, value);
+    std::size_t const size = std::min<std::size_t>(copy.valueSize, readable - offset);
+    std::vector<unsigned char> bytes(size);
+    Mem::Atomics::copy(bytes.data(), reinterpret_cast<unsigned char const*>(&live) + offset, size);
+    if (size < copy.valueSize || size > INT_MAX) {
+        return Dovan::dumpHex(bytes.data(), static_cast<unsigned>(size));
+    }
+    return Dovan::Platform::getValuePrinter(copy.textOf(copy.valueType), static_cast<int>(size))
+        ->print(bytes.data());
+}
+
+}  // namespace
+
+void formatBucketsHeader(BucketTable::Header const& live, std::string& out)
+{
+    BucketTable::Header const header(live);
+    std::ostringstream text;
+    text << " (" << sizeof header << " bytes)\n";
+    writeMagic(text, header.magic);
+    text << "\tVersion: " << header.version << "\n";
+    writeOrvik(text, header.orvik);
+    text << "\tSize: " << header.numBuckets << " buckets\n"
+         << "\tOwner pid: " << header.ownerPid << "\n";
+    out = text.str();
+}
+
+void formatSlotsHeader(SlotTable<EmptyValue>::Header const& live, std::size_t readable,
+                       std::string& out)
+{
+    SlotTable<EmptyValue>::Header const header(live);
+    std::ostringstream text;
+    text << " (" << SlotTable<EmptyValue>::fixedSize << " + " << header.slotSize << " bytes)\n";
+    writeMagic(text, header.magic);
+    text << "\tVersion: " << header.version << "\n";
+    writeOrvik(text, header.orvik);
+    text << "\tHash: 0x" << Hex8{header.hash} << "\n"
+         << "\tOccupied slots: " << header.occupiedSlots
+         << "\n"
+         // Both decimal, unlike the text of a VerU32.
+         << "\tMapped slots: " << header.mappedSlots.version << ":" << header.mappedSlots.value
+         << "\n"
+         << "\tMax slots: " << header.maxSlots << "\n"
+         << "\tValue type: " << header.valueSize << " bytes \"" << header.textOf(header.valueType)
+         << "\"\n"
+         << "\tClass type: \"" << header.textOf(header.classType) << "\"\n"
+         << "\tSlot size: " << header.slotSize << " bytes\n"
+         << "\tHead of free list: "
+         << (header.freeHead == SlotRef::null ? "None" : std::to_string(header.freeHead)) << "\n"
+         << "\tLookaside version: 0x" << Hex8{header.lookaside.sequence} << "\n"
+         << "\tLookaside value: " << lookasideValueText(live, header, readable) << "\n";
+    out = text.str();
+}
+
+void formatVandralHeader(Vandral::Header const& header, std::string& out)
+{
+    std::ostringstream text;
+    text << " (" << sizeof header << " bytes)\n";
+    writeMagic(text, header.magic);
+    text << "\tVersion: " << header.version << "\n";
+    writeOrvik(text, header.orvik);
+    text << "\tMinimum sequence: " << header.minSequence << "\n"
+         << "\tNumber of connected readers: " << header.numReaders << "\n"
+         << "\tNotifications: " << header.notifications
+         << "\n\tCurrent table: " << (header.currentTable.value == 0 ? "Primary" : "Secondary")
+         << " (version: 0x" << Hex8{header.currentTable.version} << ")\n";
+    out = text.str();
+}
+
+}  // namespace Quask::QuaskTest

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/debuggable.h"
+#include "support/root_path.h"
+#include "table/bucket_reader_table.h"
+#include "table/chain_walk.h"
+#include "table/reader_statistics.h"
+#include "table/scan_handler.h"
+#include "table/slot_reader_generic_table.h"
+
+namespace Quask {
+
+// The read-only view of one table that its writers keep changing: never locks, never writes. Owns
+// the mappings of the bucket file and the slot file. One thread.
+class QuaskReaderGeneric : public Dovan::Debuggable
+{
+public:
+    using ScanHandler = Quask::ScanHandler;
+
+    // A table's path below the root directory. Nothing is mapped yet.
+    explicit QuaskReaderGeneric(std::string const& tableName);
+    ~QuaskReaderGeneric() override;
+
+    // Maps both files and takes the layout from the slot header, whatever the headers hold. False
+    // when one of the files is missing, empty or cannot be mapped.
+    bool attach();
+
+    // Checks both headers and sets the counters to 0. False with the reason in `error` when the
+    // table cannot be walked. Precondition: attached.
+    bool validate(std::string& error);
+
+    // Walks the chains of buckets from `first` on; see ChainWalk for what `count` and `byPosition`
+    // mean and for what is thrown. `Handler` is a ScanHandler; its own final type saves the calls
+    // through the table of virtual functions. Precondition: validated.
+    template <typename Handler>
+    void scan(Handler& scanHandler, unsigned first, unsigned count, Direction direction,
+              bool byPosition)
+    {
+        ChainWalk<Handler> walk(*handler, buckets, slots, statistics, chainRestarts_, scanHandler);
+        walk.run(first, count, direction, byPosition);
+    }
+
+    // The type and the size of the values. Empty before validate().
+    ValueFormat const& valueFormat() const { return valueFormat_; }
+
+    // The slot file's size in bytes now.
+    unsigned slotFileSize() const { return slots.fileSize(); }
+
+    std::uint32_t lookasideHits() const { return statistics.lookasideHits; }
+    std::uint32_t chainRestarts() const { return chainRestarts_; }
+    ReaderStatistics const& readerStatistics() const { return statistics; }
+
+    // In the mappings, as the writers leave them at any moment. Precondition: attached.
+    BucketTable::Header const& liveBucketsHeader() const { return buckets.liveHeader(); }
+    SlotTable<EmptyValue>::Header const& liveSlotsHeader() const { return slots.liveHeader(); }
+
+    // Bytes that can be read from the slot file's mapping.
+    std::size_t readableSlotBytes() const { return slots.readableSize(); }
+
+private:
+    RootPath rootPath;
+    ReaderStatistics statistics;
+    BucketReaderTable buckets;
+    SlotReaderGenericTable slots;
+    std::uint32_t chainRestarts_ = 0;
+    ValueFormat valueFormat_;
+};
+
+}  // namespace Quask

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "mem/atomics.h"
+#include "table/reader_statistics.h"
+#include "table/slot_table.h"
+
+namespace Quask {
+
+// What a table holds.
+struct ValueFormat
+{
+    std::string typeName;
+    unsigned size = 0;  // bytes of a value
+};
+
+// Where the slots lie in a mapping, for as long as it is not mapped again.
+struct SlotLayout
+{
+    unsigned char const* slot0;
+    std::size_t slotSize;     // bytes
+    std::uint32_t reachable;  // slots below this index may be read and lie inside the mapped pages
+
+    unsigned char const* slot(std::uint32_t index) const { return slot0 + slotSize * index; }
+};
+
+// Reads the slot file of a table that other processes write and grow. Every word of the mapping may
+// change at any time and is read through Mem::Atomics. One thread.
+class SlotReaderGenericTable : public SlotTable<EmptyValue>
+{
+public:
+    // `readerStatistics` counts the re-maps and must outlive the table, like `sharedHandler`.
+    SlotReaderGenericTable(Dovan::Platform::DebugHandler& sharedHandler, RootPath const& rootPath,
+                           ReaderStatistics& readerStatistics);
+    ~SlotReaderGenericTable() override;
+
+    // Maps the whole file and takes the layout from a copy of its header, whatever that says. False
+    // when the file is missing, empty or cannot be mapped.
+    bool attach();
+
+    // Checks a fresh copy of the mapped header, from which `format` is taken. False with the reason
+    // in `error` when the file cannot be walked. Precondition: attached.
+    bool validate(std::string& error, ValueFormat& format) const;
+
+    // Brings the mapping up to the number of slots that the writer has published. True when it was
+    // mapped again: all pointers into it are then invalid. Throws CorruptionDetectedException when
+    // the file is too short for that number, MemoryResourceException when it cannot be mapped.
+    bool doResize()
+    {
+        // relaxed: pairs with nothing; the consistent copy of the growth step reads the header
+        // anew.
+        return mappedVersion !=
+                   Mem::Atomics::load32(&header->mappedSlots.version, std::memory_order_relaxed) &&
+               remap();
+    }
+
+    unsigned capacity() const override { return capacity_; }
+
+    // The highest slot index that may be read. Without any slot it is 0, not none: index 0 then
+    // passes, and the bytes where slot 0 would be are read if they are mapped.
+    unsigned maximumIndex() const { return maxIndex; }
+
+    // Bytes of a value as the header says it now.
+    unsigned liveValueSize() const
+    {
+        // relaxed: the writer does not change it; a stray value is cut to the reader's own buffer.
+        return Mem::Atomics::load32(&header->valueSize, std::memory_order_relaxed);
+    }
+
+    // The slot of this index, or null when its fixed words and `valueBytes` bytes of value do not
+    // all lie inside the mapped pages. Valid until the next doResize().
+    Slot<EmptyValue> const* slotAt(unsigned index, unsigned valueBytes) const
+    {
+        std::size_t const offset = offsetOf(index);
+        if (offset + valueOffset + valueBytes > readableSize_) [[unlikely]] {
+            return nullptr;
+        }
+        return reinterpret_cast<Slot<EmptyValue> const*>(base() + offset);
+    }
+
+    // Where in the file that slot begins, in bytes; may be outside.
+    std::size_t offsetOf(unsigned index) const
+    {
+        return slotsOffset_ + std::size_t{slotSize_} * index;
+    }
+
+    // The layout of the current mapping. The fixed words of the slots count, not their values.
+    SlotLayout layout() const;
+
+    // Bytes that can be read of the mapping: whole pages.
+    std::size_t readableSize() const { return readableSize_; }
+
+    // The value bytes of the lookaside slot. Every slot that slotAt() finds lies behind it, so as
+    // many bytes are inside the mapping here.
+    unsigned char const* lookasideValue() const { return base() + fixedSize + valueOffset; }
+
+    // The file's size in bytes now.
+    unsigned fileSize() const { return mem.memSize(); }
+
+    // The mapped header. Precondition: attached.
+    Header const& liveHeader() const { return *header; }
+
+    static constexpr std::size_t valueOffset = offsetof(Slot<EmptyValue>, value);
+
+private:
+    unsigned char const* base() const { return reinterpret_cast<unsigned char const*>(header); }
+
+    // Takes the layout of the mapping from a copy of its header.
+    void adopt(Header const& copy);
+
+    bool remap();
+
+    ReaderStatistics* stats;
+    unsigned mappedVersion = 0;  // the mappedSlots.version that the mapping corresponds to
+    unsigned capacity_ = 0;
+    unsigned maxIndex = 0;
+    unsigned slotSize_ = 0;
+    std::size_t slotsOffset_ = 0;  // of slot 0, in bytes
+    std::size_t readableSize_ = 0;
+};
+
+}  // namespace Quask

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/debug_handler.h"
+#include "table/slot_reader_generic_table.h"
+
+// How a walk over a damaged table ends; out of the walk's way, which stays short.
+namespace Quask {
+
+// Throws CorruptionDetectedException: the slot `index` lies outside the table or outside the mapped
+// pages, and the slot file has not grown.
+[[noreturn]] void throwOutsideSlots(Dovan::Platform::DebugHandler& handler,
+                                    SlotReaderGenericTable const& slots, std::uint32_t index);
+
+// Throws CorruptionDetectedException: the chain of `bucket` comes back to the slot `index`.
+[[noreturn]] void throwCycle(Dovan::Platform::DebugHandler& handler, unsigned bucket,
+                             std::uint32_t index);
+
+}  // namespace Quask
