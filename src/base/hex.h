@@ -1,8 +1,11 @@
 #pragma once
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <string>
+
+#include "base/hex_digits.h"
 
 namespace Dovan {
 
@@ -18,11 +21,38 @@ constexpr std::size_t dumpHexLength(std::size_t size)
 
 // Writes that text to `out`, which has room for dumpHexLength(size) + dumpHexSlack characters; the
 // address behind the last of the text. What lies behind it, up to the slack, may be overwritten.
-char* writeDumpHex(char* out, void const* data, std::size_t size);
-constexpr std::size_t dumpHexSlack = 16;
+inline char* writeDumpHex(char* out, void const* data, std::size_t size)
+{
+    auto const* bytes = static_cast<unsigned char const*>(data);
+    for (; size > 8; bytes += 8, size -= 8) {
+        out = HexDigits::write8(out, bytes);
+        *out++ = ' ';
+    }
+    if (size == 8) {
+        return HexDigits::write8(out, bytes);
+    }
+    if (size > 4) {
+        out = HexDigits::write4(out, HexDigits::load(bytes, 4));
+        *out++ = ' ';
+        bytes += 4;
+        size -= 4;
+    }
+    if (size == 4) {
+        return HexDigits::write4(out, HexDigits::load(bytes, 4));
+    }
+    HexDigits::write4(out, HexDigits::load(bytes, size));
+    return out + 2 * size;
+}
+constexpr std::size_t dumpHexSlack = 8;
 
 // Writes `value` in lower-case hexadecimal without leading zeros; the address behind the last
 // digit. `out` has room for 8 characters, all of which may be overwritten.
-char* writeHex(char* out, std::uint32_t value);
+inline char* writeHex(char* out, std::uint32_t value)
+{
+    unsigned const digitCount = (static_cast<unsigned>(std::bit_width(value | 1)) + 3) / 4;
+    // The digits that count are moved to the top, and the most significant byte to the front.
+    HexDigits::write4(out, __builtin_bswap32(value << (32 - 4 * digitCount)));
+    return out + digitCount;
+}
 
 }  // namespace Dovan

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <iostream>
 
@@ -62,6 +63,27 @@ void StandardOutput::writeRemainder()
     StandardOutput* const output = living;
     if (output != nullptr && !output->writing_) {
         output->flushBuffer();
+    }
+}
+
+void StandardOutput::writeRemainderOnTermination()
+{
+    for (int const number : {SIGHUP, SIGINT, SIGTERM}) {
+        struct sigaction former
+        {};
+        sigaction(number, nullptr, &former);
+        if (former.sa_handler != SIG_DFL) {
+            continue;
+        }
+        struct sigaction action
+        {};
+        action.sa_handler = [](int signal) {
+            writeRemainder();
+            raise(signal);
+        };
+        action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
+        sigemptyset(&action.sa_mask);
+        sigaction(number, &action, nullptr);
     }
 }
 

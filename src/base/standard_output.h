@@ -33,6 +33,10 @@ public:
     // point of the program; text that was being written when the signal came is not written again.
     static void writeRemainder();
 
+    // From now on SIGHUP, SIGINT and SIGTERM end the process as ever, but after writeRemainder(). A
+    // second signal does not wait for a reader that takes nothing. One that is ignored stays so.
+    static void writeRemainderOnTermination();
+
 protected:
     int_type overflow(int_type c) override;
     std::streamsize xsputn(char const* text, std::streamsize count) override;

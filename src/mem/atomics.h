@@ -18,7 +18,7 @@ bool checkCpuSupport();
 namespace Detail {
 
 template <typename Word>
-Word load(void const* address, std::memory_order order)
+[[gnu::always_inline]] inline Word load(void const* address, std::memory_order order)
 {
     static_assert(std::atomic_ref<Word>::is_always_lock_free);
     auto* const word = static_cast<Word*>(const_cast<void*>(address));
@@ -32,7 +32,7 @@ inline bool isAligned(void const* address, std::size_t alignment)
 
 // A word of a table whose layout leaves it unaligned, byte by byte: a writer may tear it.
 template <typename Word>
-Word loadUnaligned(void const* address)
+[[gnu::noinline, gnu::cold]] Word loadUnaligned(void const* address)
 {
     auto const* const bytes = static_cast<unsigned char const*>(address);
     Word word = 0;
@@ -45,7 +45,7 @@ Word loadUnaligned(void const* address)
 }
 
 template <typename Word>
-Word loadWord(void const* address, std::memory_order order)
+[[gnu::always_inline]] inline Word loadWord(void const* address, std::memory_order order)
 {
     if (!isAligned(address, sizeof(Word))) [[unlikely]] {
         return loadUnaligned<Word>(address);
@@ -56,21 +56,21 @@ Word loadWord(void const* address, std::memory_order order)
 }  // namespace Detail
 
 // The 64-bit word at `address`, in one load when it is aligned to 8 bytes; else it may be torn.
-inline std::uint64_t load64(void const* address, std::memory_order order)
+[[gnu::always_inline]] inline std::uint64_t load64(void const* address, std::memory_order order)
 {
     schedulePoint();
     return Detail::loadWord<std::uint64_t>(address, order);
 }
 
 // The 32-bit word at `address`, in one load when it is aligned to 4 bytes; else it may be torn.
-inline std::uint32_t load32(void const* address, std::memory_order order)
+[[gnu::always_inline]] inline std::uint32_t load32(void const* address, std::memory_order order)
 {
     schedulePoint();
     return Detail::loadWord<std::uint32_t>(address, order);
 }
 
 // A look ahead that decides nothing but what to prefetch: the value may be of any age.
-inline std::uint64_t peek64(void const* address)
+[[gnu::always_inline]] inline std::uint64_t peek64(void const* address)
 {
     return Detail::loadWord<std::uint64_t>(address, std::memory_order_relaxed);
 }
@@ -78,7 +78,7 @@ inline std::uint64_t peek64(void const* address)
 // Copies `size` bytes to private memory, in relaxed loads as wide as the alignment of `from`
 // allows. The copy means something only when the words that guard it are found unchanged
 // afterwards, behind fenceAcquire().
-inline void copy(void* to, void const* from, std::size_t size)
+[[gnu::always_inline]] inline void copy(void* to, void const* from, std::size_t size)
 {
     auto* out = static_cast<unsigned char*>(to);
     auto const* in = static_cast<unsigned char const*>(from);

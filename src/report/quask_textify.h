@@ -1,9 +1,12 @@
 #pragma once
 
+#include <charconv>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "base/hex.h"
 #include "base/text_buffer.h"
 #include "support/value_printer.h"
 #include "table/scan_handler.h"
@@ -35,14 +38,14 @@ public:
     QuaskTextify& operator=(QuaskTextify const&) = delete;
 
     // Ends the line. What handleLineString() said; true when an empty bucket is not to be shown.
-    bool done(unsigned bucket, SlotRef const& ref) override;
+    bool done(unsigned bucket, SlotRef const& ref) final;
 
     // Adds an element to the line. Always true.
     bool handleSlot(unsigned bucket, SlotRef const& ref, unsigned char* valueBytes, unsigned length,
-                    bool lookaside, unsigned sequence) override;
+                    bool lookaside, unsigned sequence) final;
 
     // Throws the line away. Always true.
-    bool restart(unsigned bucket) override;
+    bool restart(unsigned bucket) final;
 
     // Takes a finished line, newline included; the text is valid during the call. False ends the
     // walk.
@@ -58,6 +61,81 @@ protected:
     char const* typeName;     // in the mapped slot header; nothing reads it
     Dovan::TextBuffer chain;  // the line so far; empty until the chain's first element
     bool printEmpty;
+
+private:
+    // Characters that all pieces of an element but its value may take, the line's head included;
+    // and those that end a line.
+    static constexpr std::size_t pieceRoom = 64;
+
+    static char* write(char* out, std::string_view text)
+    {
+        std::memcpy(out, text.data(), text.size());
+        return out + text.size();
+    }
+
+    // "42:", in decimal.
+    static char* writePrefix(char* out, unsigned number)
+    {
+        return write(std::to_chars(out, out + 10, number).ptr, ":");
+    }
+
+    static char* writeHead(char* out, unsigned bucket)
+    {
+        return write(Dovan::writeHex(write(out, "bucket["), bucket), "]");
+    }
 };
+
+// Here and not in a source file because the walk calls them once for every slot and every bucket,
+// and the call costs a good part of what they do.
+
+inline bool QuaskTextify::handleSlot(unsigned bucket, SlotRef const& ref, unsigned char* valueBytes,
+                                     unsigned length, bool lookaside, unsigned sequence)
+{
+    bool const printed = style == Vosk || style == Pretty;
+    std::size_t const valueRoom = printed ? 0 : Dovan::dumpHexLength(length) + Dovan::dumpHexSlack;
+    char* out = chain.reserve(pieceRoom + valueRoom);
+    if (chain.empty()) {
+        out = writeHead(out, bucket);
+    }
+    *out++ = ' ';
+    if (verbose) {
+        out = writePrefix(out, ref.version);
+    }
+    out = write(Dovan::writeHex(out, ref.index), "-->");
+    if (verbose) {
+        out = writePrefix(out, sequence);
+    }
+    if (lookaside) {
+        *out++ = '*';
+    }
+    if (printed) {
+        chain.advanceTo(out);
+        valuePrinter->append(chain, valueBytes);
+    } else {
+        chain.advanceTo(Dovan::writeDumpHex(out, valueBytes, length));
+    }
+    return true;
+}
+
+inline bool QuaskTextify::done(unsigned bucket, SlotRef const& ref)
+{
+    bool const isEmpty = chain.empty();
+    if (isEmpty && !printEmpty) {
+        return true;
+    }
+    char* out = chain.reserve(pieceRoom);
+    if (isEmpty) {
+        out = writeHead(out, bucket);
+    }
+    *out++ = ' ';
+    if (verbose) {
+        out = writePrefix(out, ref.version);
+    }
+    // The index is that of the null link, always.
+    chain.advanceTo(write(out, "ffffffff --> none\n"));
+    bool const result = handleLineString(bucket, chain.view());
+    chain.clear();
+    return result;
+}
 
 }  // namespace Quask

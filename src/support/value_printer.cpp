@@ -236,7 +236,7 @@ std::string arraySuffix(std::size_t count)
 
 ValuePrinter const* getValuePrinter(std::string typeName, int valueSize)
 {
-    std::size_t const size = valueSize < 0 ? 0 : static_cast<std::size_t>(valueSize);
+    std::size_t const size = static_cast<unsigned>(valueSize);
     std::string_view name = typeName;
     if (name.starts_with("std::")) {
         name.remove_prefix(5);

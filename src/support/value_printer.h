@@ -22,8 +22,8 @@ protected:
 };
 
 // The printer for values of this type name (whole, with or without "std::" in front) and size in
-// bytes (a negative one counts as 0). Never null: a name that is not known, or whose size is
-// another, gets the printer of hexadecimal bytes. The caller does not own it; asked again, it is
+// bytes (32 unsigned bits, whatever the sign). Never null: a name that is not known, or whose size
+// is another, gets the printer of hexadecimal bytes. The caller does not own it; asked again, it is
 // the same.
 ValuePrinter const* getValuePrinter(std::string typeName, int valueSize);
 

@@ -113,6 +113,7 @@ private:
     struct Reading
     {
         SlotRef next;
+        SlotRef const* nextAddress;
         std::uint32_t sequence;
         bool lookaside;
         bool remapped;  // pointers into the slot file that were taken before are invalid
@@ -138,17 +139,17 @@ private:
 
     // Walks one chain from `link`, which lies at `bucket`. `link` is the null link that ended the
     // chain, when that was reached.
-    ChainEnd walkChain(unsigned index, SlotRef const* bucket, SlotRef& link)
+    [[gnu::always_inline]] ChainEnd walkChain(unsigned index, SlotRef const* bucket, SlotRef& link)
     {
         SlotRef const* linkAddress = bucket;
         std::uint32_t linkOwner = SlotRef::null;  // slot in which `link` lies; null: the bucket
         ChainCycle cycle;
         while (!link.isNull()) {
             Reading const slot = readSlot(link.index);
-            if (slot.remapped && linkOwner != SlotRef::null) {
+            if (slot.remapped && linkOwner != SlotRef::null) [[unlikely]] {
                 linkAddress = nextLinkOf(linkOwner);
             }
-            if (linkAddress == nullptr || !isUnchanged(linkAddress, link)) {
+            if (linkAddress == nullptr || !isUnchanged(linkAddress, link)) [[unlikely]] {
                 return ChainEnd::changed;
             }
             if (cycle.closesAt(link.index, slot.next)) [[unlikely]] {
@@ -159,7 +160,7 @@ private:
                 return ChainEnd::stopped;
             }
             linkOwner = link.index;
-            linkAddress = nextLinkOf(linkOwner);
+            linkAddress = slot.nextAddress;
             link = slot.next;
         }
         return ChainEnd::reached;
@@ -174,7 +175,7 @@ private:
 
     // Reads the slot, its value into the handler's buffer; again when the slot file has grown
     // meanwhile. A slot outside the table is an error only when the file has not grown.
-    Reading readSlot(std::uint32_t index)
+    [[gnu::always_inline]] Reading readSlot(std::uint32_t index)
     {
         for (bool remapped = false;; remapped = true) {
             unsigned const length = std::min(slots_.liveValueSize(), handler_.size);
@@ -196,27 +197,27 @@ private:
         }
     }
 
-    Reading readFound(Slot<EmptyValue> const& slot, unsigned length)
+    [[gnu::always_inline]] Reading readFound(Slot<EmptyValue> const& slot, unsigned length)
     {
         // acquire: pairs with the writer's release store of the word, so that the value is at least
         // as new as the word says; with the lookaside bit, that the lookaside slot holds the value.
         std::uint32_t sequence = Mem::Atomics::load32(&slot.sequence, std::memory_order_acquire);
         for (;;) {
-            bool const lookaside =
-                Checks::lookaside && (sequence & Slot<EmptyValue>::LOOKASIDE) != 0;
-            statistics_.lookasideHits += lookaside ? 1 : 0;
-            Mem::Atomics::copy(handler_.data,
-                               lookaside ? slots_.lookasideValue()
-                                         : reinterpret_cast<unsigned char const*>(&slot.value),
-                               length);
+            bool lookaside = false;
+            auto const* value = reinterpret_cast<unsigned char const*>(&slot.value);
+            if (Checks::lookaside && (sequence & Slot<EmptyValue>::LOOKASIDE) != 0) [[unlikely]] {
+                ++statistics_.lookasideHits;
+                lookaside = true;
+                value = slots_.lookasideValue();
+            }
+            Mem::Atomics::copy(handler_.data, value, length);
             // The fence keeps the copy before the second look at the word: bytes of a later value
-            // bring the word that the writer had stored before them.
-            Mem::Atomics::fenceAcquire();
             // bring the word that the writer had stored before them. acquire for the next round.
+            Mem::Atomics::fenceAcquire();
             std::uint32_t const again =
                 Mem::Atomics::load32(&slot.sequence, std::memory_order_acquire);
-            if (again == sequence || !Checks::sequence) {
-                return {loadLink(slot.next), sequence, lookaside, false};
+            if (again == sequence || !Checks::sequence) [[likely]] {
+                return {loadLink(slot.next), &slot.next, sequence, lookaside, false};
             }
             sequence = again;
         }

@@ -1,7 +1,6 @@
 #include "table/header_text.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstddef>
 #include <iomanip>
 #include <sstream>
@@ -49,7 +48,7 @@ std::string lookasideValueText(SlotTable<EmptyValue>::Header const& live,
     std::size_t const size = std::min<std::size_t>(copy.valueSize, readable - offset);
     std::vector<unsigned char> bytes(size);
     Mem::Atomics::copy(bytes.data(), reinterpret_cast<unsigned char const*>(&live) + offset, size);
-    if (size < copy.valueSize || size > INT_MAX) {
+    if (size < copy.valueSize) {
         return Dovan::dumpHex(bytes.data(), static_cast<unsigned>(size));
     }
     return Dovan::Platform::getValuePrinter(copy.textOf(copy.valueType), static_cast<int>(size))

@@ -144,6 +144,41 @@ TEST(StandardOutput, TheRemainderIsWrittenFromASignalHandler)
     EXPECT_EQ(pipe.read(), "finished line\n");
 }
 
+// Prints a line and ends by a signal; how that ended.
+int statusAfter(int number, Pipe const& pipe, void (*prepare)())
+{
+    pid_t const child = fork();
+    if (child == 0) {
+        prepare();
+        StandardOutput output(pipe.ends[1]);
+        StandardOutput::writeRemainderOnTermination();
+        std::cout << "finished line\n";
+        raise(number);
+        _exit(0);
+    }
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    return status;
+}
+
+TEST(StandardOutput, TheRemainderIsWrittenWhenTheProcessIsTerminated)
+{
+    for (int const number : {SIGHUP, SIGINT, SIGTERM}) {
+        Pipe const pipe;
+        int const status = statusAfter(number, pipe, [] {});
+        EXPECT_TRUE(WIFSIGNALED(status));
+        EXPECT_EQ(WTERMSIG(status), number);
+        EXPECT_EQ(pipe.read(), "finished line\n");
+    }
+}
+
+TEST(StandardOutput, AnIgnoredSignalStaysIgnored)
+{
+    Pipe const pipe;
+    int const status = statusAfter(SIGHUP, pipe, [] { std::signal(SIGHUP, SIG_IGN); });
+    EXPECT_TRUE(WIFEXITED(status));
+}
+
 TEST(ReserveStandardDescriptors, WritingToAClosedOneStillFails)
 {
     pid_t const child = fork();

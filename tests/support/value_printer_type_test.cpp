@@ -203,13 +203,12 @@ TEST(ValuePrinterType, AnEmptyValueHasAnEmptyText)
     }
 }
 
-TEST(ValuePrinterType, ANegativeSizeCountsAsZero)
+TEST(ValuePrinterType, ASizeBeyondTheSignedNumbersIsNoSmallOne)
 {
-    for (char const* const name : {"int", "int[1]", "char[4]", "Feed::Price"}) {
-        for (int const size : {-1, -4, std::numeric_limits<int>::min()}) {
-            EXPECT_EQ(getValuePrinter(name, size)->print(""), "") << name << " " << size;
-        }
-    }
+    auto const* const printer = getValuePrinter("Feed::Price", static_cast<int>(0x80000001u));
+    ASSERT_NE(printer, nullptr);
+    EXPECT_NE(printer, getValuePrinter("Feed::Price", 0));
+    EXPECT_NE(printer, getValuePrinter("Feed::Price", 1));
 }
 
 TEST(ValuePrinterType, APrinterOfTheLargestSizeCanBeHad)
