@@ -65,4 +65,9 @@ std::string PrivateRoot::writeFile(std::string const& relative, std::string cons
     return path;
 }
 
+void PrivateRoot::setRootDirectory(std::string const& relative) const
+{
+    currentRoot() = path_ + "/" + relative;
+}
+
 }  // namespace QuaskTesting

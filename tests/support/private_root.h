@@ -22,6 +22,9 @@ public:
     // Writes a file of these contents, and the directories that lead to it; its path.
     std::string writeFile(std::string const& relative, std::string const& contents) const;
 
+    // From now on rootDirectory() names `relative` below this directory, which need not exist.
+    void setRootDirectory(std::string const& relative) const;
+
 private:
     std::string path_;
 };

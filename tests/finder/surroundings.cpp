@@ -1,0 +1,95 @@
+#include "finder/surroundings.h"
+
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+namespace QuaskTesting {
+
+namespace fs = std::filesystem;
+
+std::vector<std::string> namesInOrder(std::string const& directory)
+{
+    std::vector<std::string> names;
+    for (fs::directory_entry const& entry : fs::directory_iterator(directory)) {
+        names.push_back(entry.path().filename());
+    }
+    return names;
+}
+
+std::size_t openDescriptors()
+{
+    // One is the iterator's own.
+    return namesInOrder("/proc/self/fd").size() - 1;
+}
+
+int descriptorOf(std::string const& path)
+{
+    for (fs::directory_entry const& entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code ignored;
+        if (fs::read_symlink(entry.path(), ignored) == fs::canonical(path)) {
+            return std::stoi(entry.path().filename());
+        }
+    }
+    return -1;
+}
+
+void makeUnreadable(int descriptor)
+{
+    int const file = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (dup2(file, descriptor) != descriptor) {
+        throw std::runtime_error("the directory is not open");
+    }
+    close(file);
+}
+
+DescriptorLimit::DescriptorLimit(unsigned count)
+{
+    std::vector<int> taken;
+    while (taken.size() <= count) {
+        taken.push_back(dup(STDERR_FILENO));
+    }
+    for (int const descriptor : taken) {
+        close(descriptor);
+    }
+    // Descriptors are given out from the lowest free number on.
+    getrlimit(RLIMIT_NOFILE, &former_);
+    rlimit const lower{static_cast<rlim_t>(taken.back()), former_.rlim_max};
+    if (setrlimit(RLIMIT_NOFILE, &lower) != 0) {
+        throw std::runtime_error("cannot limit the descriptors");
+    }
+}
+
+DescriptorLimit::~DescriptorLimit()
+{
+    setrlimit(RLIMIT_NOFILE, &former_);
+}
+
+OrdinaryUser::OrdinaryUser() : wasRoot_(geteuid() == 0)
+{
+    constexpr uid_t nobody = 65534;
+    if (wasRoot_) {
+        [[maybe_unused]] int const result = seteuid(nobody);
+    }
+}
+
+OrdinaryUser::~OrdinaryUser()
+{
+    if (wasRoot_) {
+        [[maybe_unused]] int const result = seteuid(0);
+        // Another user for a while, the process could no longer be looked into by its tools.
+        prctl(PR_SET_DUMPABLE, 1);
+    }
+}
+
+bool OrdinaryUser::succeeded() const
+{
+    return geteuid() != 0;
+}
+
+}  // namespace QuaskTesting
