@@ -1,0 +1,6 @@
+#include "mem/atomics.h"
+
+bool Mem::Atomics::checkCpuSupport()
+{
+    return false;
+}
