@@ -55,11 +55,11 @@ void setLimit(int resource, unsigned long value)
         close(STDOUT_FILENO);
     }
     signal(SIGPIPE, SIG_DFL);
-    for (auto const& [name, value] : command.environment) {
-        setenv(name.c_str(), value.c_str(), 1);
-    }
     for (std::string const& name : command.unset) {
         unsetenv(name.c_str());
+    }
+    for (auto const& [name, value] : command.environment) {
+        setenv(name.c_str(), value.c_str(), 1);
     }
     setLimit(RLIMIT_CORE, 0);
     for (auto const& [resource, value] : command.limits) {

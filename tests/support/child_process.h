@@ -21,8 +21,8 @@ struct Finished
 struct Command
 {
     std::vector<std::string> words;
-    std::map<std::string, std::string> environment = {};  // set in addition
-    std::vector<std::string> unset = {};                  // variables taken away
+    std::map<std::string, std::string> environment = {};  // set in the end
+    std::vector<std::string> unset = {};                  // variables taken away first
     unsigned userId = 0;     // run as this user, when this process is root and it is not 0
     int outDescriptor = -1;  // standard output goes here instead of into Finished::out
     bool closeOut = false;   // started without a standard output
