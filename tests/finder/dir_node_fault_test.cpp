@@ -119,12 +119,9 @@ TEST_F(DirNodeFault, AnyOtherReasonIsSystemTrouble)
 TEST_F(DirNodeFault, RunningOutOfDescriptorsIsSystemTrouble)
 {
     Node const first = open(root.path());
-    Node second;
     handler.lines.clear();
-    {
-        QuaskTesting::DescriptorLimit const limit(0);
-        second = open(root.path(), first);
-    }
+    QuaskTesting::DescriptorLimit const limit(0);
+    Node const second = open(root.path(), first);
     EXPECT_TRUE(first->isOpen());
     EXPECT_FALSE(second->isOpen());
     EXPECT_EQ(handler.lines, failedToOpen(1, root.path(), "Too many open files"));

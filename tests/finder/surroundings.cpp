@@ -1,13 +1,55 @@
 #include "finder/surroundings.h"
 
+#include <cerrno>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
+
+namespace {
+
+// What the living DescriptorLimit and UnknownType ask for.
+std::optional<rlim_t> firstRefused;
+std::string nameOfUnknownType;
+
+}  // namespace
+
+// The linker puts these in the place of opendir() and readdir() in the code under test.
+extern "C" {
+DIR* __real_opendir(char const* path);
+dirent* __real_readdir(DIR* dir);
+
+DIR* __wrap_opendir(char const* path)
+{
+    if (!firstRefused) {
+        return __real_opendir(path);
+    }
+    rlimit former{};
+    getrlimit(RLIMIT_NOFILE, &former);
+    rlimit const lower{*firstRefused, former.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &lower);
+    DIR* const dir = __real_opendir(path);
+    int const error = errno;
+    setrlimit(RLIMIT_NOFILE, &former);
+    errno = error;
+    return dir;
+}
+
+dirent* __wrap_readdir(DIR* dir)
+{
+    dirent* const entry = __real_readdir(dir);
+    if (entry != nullptr && entry->d_name == nameOfUnknownType) {
+        entry->d_type = DT_UNKNOWN;
+    }
+    return entry;
+}
+}
 
 namespace QuaskTesting {
 
@@ -50,6 +92,7 @@ void makeUnreadable(int descriptor)
 
 DescriptorLimit::DescriptorLimit(unsigned count)
 {
+    // Descriptors are given out from the lowest free number on.
     std::vector<int> taken;
     while (taken.size() <= count) {
         taken.push_back(dup(STDERR_FILENO));
@@ -57,17 +100,22 @@ DescriptorLimit::DescriptorLimit(unsigned count)
     for (int const descriptor : taken) {
         close(descriptor);
     }
-    // Descriptors are given out from the lowest free number on.
-    getrlimit(RLIMIT_NOFILE, &former_);
-    rlimit const lower{static_cast<rlim_t>(taken.back()), former_.rlim_max};
-    if (setrlimit(RLIMIT_NOFILE, &lower) != 0) {
-        throw std::runtime_error("cannot limit the descriptors");
-    }
+    firstRefused = static_cast<rlim_t>(taken.back());
 }
 
 DescriptorLimit::~DescriptorLimit()
 {
-    setrlimit(RLIMIT_NOFILE, &former_);
+    firstRefused.reset();
+}
+
+UnknownType::UnknownType(std::string const& name)
+{
+    nameOfUnknownType = name;
+}
+
+UnknownType::~UnknownType()
+{
+    nameOfUnknownType.clear();
 }
 
 OrdinaryUser::OrdinaryUser() : wasRoot_(geteuid() == 0)

@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include <sys/resource.h>
-
 namespace QuaskTesting {
 
 // The names in a directory in the order of the file system, without "." and "..".
@@ -20,8 +18,8 @@ int descriptorOf(std::string const& path);
 // From now on the directory that is open on `descriptor` cannot be read: ENOTDIR.
 void makeUnreadable(int descriptor);
 
-// While it lives, this process can open `count` more descriptors. Sanitizers need some to look at
-// an object for the first time, so a test does what it limits once without the limit.
+// While it lives, the code under test can open `count` more directories, for want of descriptors.
+// (Everything else has all it needs: the sanitizers take descriptors to look at objects.)
 class DescriptorLimit
 {
 public:
@@ -29,9 +27,16 @@ public:
     DescriptorLimit(DescriptorLimit const&) = delete;
     DescriptorLimit& operator=(DescriptorLimit const&) = delete;
     ~DescriptorLimit();
+};
 
-private:
-    rlimit former_{};
+// While it lives, the code under test reads entries of this name without their type.
+class UnknownType
+{
+public:
+    explicit UnknownType(std::string const& name);
+    UnknownType(UnknownType const&) = delete;
+    UnknownType& operator=(UnknownType const&) = delete;
+    ~UnknownType();
 };
 
 // While it lives, the permissions of files hold for this process even if it was started by root.

@@ -8,34 +8,11 @@
 #include <string>
 #include <vector>
 
-#include <dirent.h>
-
 #include "base/exception.h"
 #include "finder/surroundings.h"
 #include "finder/table_finder.h"
 #include "support/private_root.h"
 #include "support/recording_handler.h"
-
-namespace {
-
-// The name of the entries that come without their type; none when empty.
-std::string nameOfUnknownType;
-
-}  // namespace
-
-// The linker puts these in the place of readdir() for the code under test.
-extern "C" {
-dirent* __real_readdir(DIR* dir);
-
-dirent* __wrap_readdir(DIR* dir)
-{
-    dirent* const entry = __real_readdir(dir);
-    if (entry != nullptr && entry->d_name == nameOfUnknownType) {
-        entry->d_type = DT_UNKNOWN;
-    }
-    return entry;
-}
-}
 
 namespace {
 
@@ -65,8 +42,6 @@ public:
 class TableFinderFault : public testing::Test
 {
 protected:
-    ~TableFinderFault() override { nameOfUnknownType.clear(); }
-
     // The names found with the empty expression, sorted.
     static Names findAll(Dovan::Platform::DebugHandler& handler)
     {
@@ -117,17 +92,8 @@ TEST_F(TableFinderFault, ARootDirectoryThatIsABrokenLinkEndsTheSearch)
 
 TEST_F(TableFinderFault, ARootDirectoryThatNoDescriptorIsLeftForEndsTheSearch)
 {
-    RecordingHandler handler(1);
-    TableFinder finder(handler);
-    ASSERT_TRUE(finder.find(""));
-    bool found = true;
-    {
-        QuaskTesting::DescriptorLimit const limit(0);
-        found = finder.find("");
-    }
-    EXPECT_FALSE(found);
-    EXPECT_EQ(handler.lines, Lines{"1 DirNode::DirNode() failed to open " + path() +
-                                   " errno: Too many open files"});
+    QuaskTesting::DescriptorLimit const limit(0);
+    expectNoSearch("1 DirNode::DirNode() failed to open " + path() + " errno: Too many open files");
 }
 
 TEST_F(TableFinderFault, AForbiddenDirectoryYieldsNothing)
@@ -162,13 +128,8 @@ TEST_F(TableFinderFault, DirectoriesThatNoDescriptorIsLeftForYieldNothing)
     root.writeFile("c/too/slots", "x");
     root.writeFile("d/slots", "x");
     RecordingHandler handler(1);
-    Names found = findAll(handler);
-    EXPECT_EQ(found, (Names{"a/too/deep", "b", "c/too", "d"}));
-    {
-        QuaskTesting::DescriptorLimit const limit(2);
-        found = findAll(handler);
-    }
-    EXPECT_EQ(found, (Names{"b", "d"}));
+    QuaskTesting::DescriptorLimit const limit(2);
+    EXPECT_EQ(findAll(handler), (Names{"b", "d"}));
     std::sort(handler.lines.begin(), handler.lines.end());
     EXPECT_EQ(handler.lines, (Lines{"1 DirNode::DirNode() failed to open " + path() +
                                         "/a/too errno: Too many open files",
@@ -206,12 +167,14 @@ TEST_F(TableFinderFault, AnEntryOfUnknownTypeIsNeitherFollowedNorTested)
     root.writeFile("a/unknown/slots", "x");
     root.writeFile("b/slots", "x");
     RecordingHandler handler(9);
-    nameOfUnknownType = "unknown";
-    EXPECT_EQ(findAll(handler), Names{"b"});
+    {
+        QuaskTesting::UnknownType const unknown("unknown");
+        EXPECT_EQ(findAll(handler), Names{"b"});
+    }
     for (std::string const& line : handler.lines) {
         EXPECT_EQ(line.find("unknown"), std::string::npos) << line;
     }
-    nameOfUnknownType = "slots";
+    QuaskTesting::UnknownType const unknown("slots");
     EXPECT_EQ(findAll(handler), Names{});
 }
 
