@@ -40,6 +40,9 @@ inline char* writeDumpHex(char* out, void const* data, std::size_t size)
     if (size == 4) {
         return HexDigits::write4(out, HexDigits::load(bytes, 4));
     }
+    if (size == 0) {
+        return out;  // `data` may be null
+    }
     HexDigits::write4(out, HexDigits::load(bytes, size));
     return out + 2 * size;
 }
