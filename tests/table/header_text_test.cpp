@@ -1,0 +1,223 @@
+#include "table/header_text.h"
+
+#include <gtest/gtest.h>
+
+#include "support/aligned_bytes.h"
+#include "support/table_files.h"
+
+namespace {
+
+using namespace QuaskTesting;
+using SlotsHeader = Quask::SlotTable<Quask::EmptyValue>::Header;
+
+std::string bucketsText(TableImage const& image)
+{
+    AlignedBytes const live(image.bucketsFile());
+    std::string text = "of another header";
+    Quask::QuaskTest::formatBucketsHeader(live.as<Quask::BucketTable::Header>(), text);
+    return text;
+}
+
+// Of the file with as many zeros behind it as its last page has.
+std::string slotsText(TableImage const& image)
+{
+    std::string file = image.slotsFile();
+    file.resize(Mem::roundUpToPages(file.size()));
+    AlignedBytes const live(file);
+    std::string text = "of another header";
+    Quask::QuaskTest::formatSlotsHeader(live.as<SlotsHeader>(), file.size(), text);
+    return text;
+}
+
+std::string vandralText(TableImage const& image)
+{
+    AlignedBytes const live(image.vandral1File());
+    std::string text = "of another header";
+    Quask::Vandral::Header const copy(live.as<Quask::Vandral::Header>());
+    Quask::QuaskTest::formatVandralHeader(copy, text);
+    return text;
+}
+
+// The rest of the line that begins with a tab and this label.
+std::string lineOf(std::string const& text, std::string const& label)
+{
+    std::size_t const begin = text.find("\t" + label);
+    if (begin == std::string::npos) {
+        return "no such line";
+    }
+    std::size_t const end = text.find('\n', begin);
+    return text.substr(begin + 1 + label.size(), end - begin - 1 - label.size());
+}
+
+TEST(FormatBucketsHeader, ShowsEveryField)
+{
+    TableImage image;
+    image.bucketsHeader.orvik = 7u << 16 | 4242;
+    image.bucketsHeader.numBuckets = 1024;
+    image.bucketsHeader.ownerPid = 31;
+    EXPECT_EQ(bucketsText(image),
+              " (24 bytes)\n"
+              "\tMagic: 0x544b424b53415551 (\"QUASKBKT\")\n"
+              "\tVersion: 1\n"
+              "\tOrvik: 462994 (pid: 4242 instanceId: 7)\n"
+              "\tSize: 1024 buckets\n"
+              "\tOwner pid: 31\n");
+}
+
+TEST(FormatBucketsHeader, ShowsAForeignHeaderAsItIs)
+{
+    TableImage image;
+    image.bucketsHeader = {.magic = "\x0a\tA",
+                           .version = 4294967295,
+                           .orvik = 4294967295,
+                           .numBuckets = 4294967295,
+                           .ownerPid = 4294967295};
+    EXPECT_EQ(bucketsText(image),
+              " (24 bytes)\n"
+              "\tMagic: 0x41090a (\"..A.....\")\n"
+              "\tVersion: 4294967295\n"
+              "\tOrvik: 4294967295 (pid: 65535 instanceId: 65535)\n"
+              "\tSize: 4294967295 buckets\n"
+              "\tOwner pid: 4294967295\n");
+}
+
+TEST(FormatSlotsHeader, ShowsEveryField)
+{
+    auto image = TableImage::of("std::uint32_t[3]", 12);
+    SlotsHeaderImage& header = image.slotsHeader;
+    header.classType = "Feed::Book";
+    header.hash = 0x1f;
+    header.maxSlots = 1000;
+    header.occupiedSlots = 31;
+    header.freeHead = 32;
+    header.mappedVersion = 16;
+    header.mappedCount = 64;
+    image.lookaside.sequence = 0xabc;
+    image.lookaside.value = std::string("\x01\0\0\0\x02\0\0\0\x03\0\0\0", 12);
+    EXPECT_EQ(slotsText(image),
+              " (176 + 32 bytes)\n"
+              "\tMagic: 0x544c534b53415551 (\"QUASKSLT\")\n"
+              "\tVersion: 4\n"
+              "\tOrvik: 462994 (pid: 4242 instanceId: 7)\n"
+              "\tHash: 0x0000001f\n"
+              "\tOccupied slots: 31\n"
+              "\tMapped slots: 16:64\n"
+              "\tMax slots: 1000\n"
+              "\tValue type: 12 bytes \"std::uint32_t[3]\"\n"
+              "\tClass type: \"Feed::Book\"\n"
+              "\tSlot size: 32 bytes\n"
+              "\tHead of free list: 32\n"
+              "\tLookaside version: 0x00000abc\n"
+              "\tLookaside value: {1, 2, 3}\n");
+}
+
+TEST(FormatSlotsHeader, ShowsAForeignHeaderAsItIs)
+{
+    TableImage image;
+    image.patch(TableFile::slots, 0, std::string(200, '\0'));
+    EXPECT_EQ(slotsText(image),
+              " (176 + 0 bytes)\n"
+              "\tMagic: 0x0 (\"........\")\n"
+              "\tVersion: 0\n"
+              "\tOrvik: 0 (pid: 0 instanceId: 0)\n"
+              "\tHash: 0x00000000\n"
+              "\tOccupied slots: 0\n"
+              "\tMapped slots: 0:0\n"
+              "\tMax slots: 0\n"
+              "\tValue type: 0 bytes \"\"\n"
+              "\tClass type: \"\"\n"
+              "\tSlot size: 0 bytes\n"
+              "\tHead of free list: 0\n"
+              "\tLookaside version: 0x00000000\n"
+              "\tLookaside value: \n");
+}
+
+TEST(FormatSlotsHeader, AnEmptyFreeListHasNoHead)
+{
+    TableImage image;
+    image.slotsHeader.freeHead = 0xffffffff;
+    EXPECT_EQ(lineOf(slotsText(image), "Head of free list: "), "None");
+    image.slotsHeader.freeHead = 0xfffffffe;
+    EXPECT_EQ(lineOf(slotsText(image), "Head of free list: "), "4294967294");
+}
+
+TEST(FormatSlotsHeader, AValueOfUnknownTypeIsShownInHexadecimal)
+{
+    auto image = TableImage::of("Quask::EmptyValue", 8);
+    image.lookaside.value = "\x10\x11\xaa\xbb\x01\x02\x03\x04";
+    EXPECT_EQ(lineOf(slotsText(image), "Lookaside value: "), "1011aabb 01020304");
+    image = TableImage::of("int", 5);
+    image.lookaside.value = "\x01\x02\x03\x04\x05";
+    EXPECT_EQ(lineOf(slotsText(image), "Lookaside value: "), "01020304 05");
+}
+
+TEST(FormatSlotsHeader, AValueWithoutBytesIsAnEmptyText)
+{
+    auto const image = TableImage::of("int", 0);
+    EXPECT_EQ(lineOf(slotsText(image), "Lookaside value: "), "");
+}
+
+TEST(FormatSlotsHeader, OfAValueThatPointsPastTheMappingTheBytesThereAreShown)
+{
+    auto image = TableImage::of("int", 4);
+    image.slotsHeader.valueSize = 0xffffffff;
+    image.lookaside.value = "abcd";
+    std::string expected = "61626364";
+    for (int i = 1; i < (4096 - 192) / 4; ++i) {
+        expected += " 00000000";
+    }
+    EXPECT_EQ(lineOf(slotsText(image), "Lookaside value: "), expected);
+    EXPECT_EQ(lineOf(slotsText(image), "Value type: "), "4294967295 bytes \"int\"");
+}
+
+// It is no value of its type then, whatever the type.
+TEST(FormatSlotsHeader, AValueThatIsCutShortIsShownInHexadecimal)
+{
+    auto image = TableImage::of("char[4000]", 4000);
+    image.resize(TableFile::slots, 4096);
+    image.lookaside.value = "abcd";
+    std::string const shown = lineOf(slotsText(image), "Lookaside value: ");
+    EXPECT_EQ(shown.substr(0, 18), "61626364 00000000 ");
+    EXPECT_EQ(shown.size(), 3904u / 4 * 9 - 1);
+}
+
+TEST(FormatVandralHeader, ShowsEveryField)
+{
+    TableImage image;
+    image.vandral1 = {.version = 3,
+                      .minSequence = 18446744073709551615u,
+                      .numReaders = 10,
+                      .reserved28 = 99,
+                      .currentTable = {31, 1},
+                      .notifications = {2748, 12},
+                      .reserved48 = 99,
+                      .reserved52 = 99};
+    EXPECT_EQ(vandralText(image),
+              " (56 bytes)\n"
+              "\tMagic: 0x4c44564b53415551 (\"QUASKVDL\")\n"
+              "\tVersion: 3\n"
+              "\tOrvik: 462994 (pid: 4242 instanceId: 7)\n"
+              "\tMinimum sequence: 18446744073709551615\n"
+              "\tNumber of connected readers: 10\n"
+              "\tNotifications: abc:12\n"
+              "\tCurrent table: Secondary (version: 0x0000001f)\n");
+}
+
+TEST(FormatVandralHeader, TheFirstTableIsThePrimaryAndEveryOtherTheSecondary)
+{
+    TableImage image;
+    EXPECT_EQ(lineOf(vandralText(image), "Current table: "), "Primary (version: 0x00000000)");
+    for (std::uint32_t const table : {1u, 2u, 4294967295u}) {
+        image.vandral1.currentTable = {0xfedcba98, table};
+        EXPECT_EQ(lineOf(vandralText(image), "Current table: "), "Secondary (version: 0xfedcba98)");
+    }
+}
+
+TEST(FormatVandralHeader, AMagicOfZeroIsOneDigit)
+{
+    TableImage image;
+    image.vandral1.magic = "";
+    EXPECT_EQ(lineOf(vandralText(image), "Magic: "), "0x0 (\"........\")");
+}
+
+}  // namespace
