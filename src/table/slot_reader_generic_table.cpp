@@ -76,7 +76,7 @@ SlotLayout SlotReaderGenericTable::layout() const
 bool SlotReaderGenericTable::validate(std::string& error, ValueFormat& format) const
 {
     Header const copy(*header);
-    format = {Header::textOf(copy.valueType), copy.valueSize};
+    format = {copy.textOf(copy.valueType), copy.valueSize};
     return copy.validate(*handler, mem.memSize(), 0, error);
 }
 

@@ -1,7 +1,7 @@
 #include "table/slot_table.h"
 
-#include <cstring>
 #include <ios>
+#include <string_view>
 
 #include "mem/atomics.h"
 #include "support/util.h"
@@ -30,9 +30,12 @@ SlotTable<EmptyValue>::Header::Header(Header const& live)
     } while (after != before);
 }
 
-std::string SlotTable<EmptyValue>::Header::textOf(std::array<char, 64> const& field)
+std::string SlotTable<EmptyValue>::Header::textOf(std::array<char, 64> const& field) const
 {
-    return {field.data(), strnlen(field.data(), field.size())};
+    std::string_view const bytes(reinterpret_cast<char const*>(this), sizeof *this);
+    auto const begin = static_cast<std::size_t>(field.data() - bytes.data());
+    std::string_view const text = bytes.substr(begin);
+    return std::string(text.substr(0, text.find('\0')));
 }
 
 std::uint32_t SlotTable<EmptyValue>::Header::checksum() const

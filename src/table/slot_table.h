@@ -65,8 +65,9 @@ public:
         // one.
         Header(Header const& live);
 
-        // What a name field holds: the text up to its first NUL or its end.
-        static std::string textOf(std::array<char, 64> const& field);
+        // What a name field of this header holds: the text up to its first NUL. Where the field has
+        // none, the text goes on behind it, at most to the header's end.
+        std::string textOf(std::array<char, 64> const& field) const;
 
         // The checksum that the descriptive fields should have.
         std::uint32_t checksum() const;

@@ -181,6 +181,31 @@ TEST(FormatSlotsHeader, AValueThatIsCutShortIsShownInHexadecimal)
     EXPECT_EQ(shown.size(), 3904u / 4 * 9 - 1);
 }
 
+// No bound of the field's own: what stands behind it is shown, up to a NUL.
+TEST(FormatSlotsHeader, ANameThatFillsItsFieldGoesOnBehindIt)
+{
+    auto image = TableImage::of(std::string(64, 'v'), 4);
+    image.slotsHeader.classType = std::string(64, 'c');
+    image.slotsHeader.valueSize = 0x4241;
+    std::string const text = slotsText(image);
+    EXPECT_EQ(lineOf(text, "Value type: "),
+              "16961 bytes \"" + std::string(64, 'v') + std::string(64, 'c') + "AB\"");
+    EXPECT_EQ(lineOf(text, "Class type: "), "\"" + std::string(64, 'c') + "AB\"");
+    image.slotsHeader.classType = "Feed::Book";
+    EXPECT_EQ(lineOf(slotsText(image), "Value type: "),
+              "16961 bytes \"" + std::string(64, 'v') + "Feed::Book\"");
+}
+
+TEST(FormatSlotsHeader, ANameEndsWithTheHeaderAtTheLatest)
+{
+    TableImage image;
+    image.patch(TableFile::slots, 0, std::string(300, 'x'));
+    std::string const text = slotsText(image);
+    EXPECT_EQ(lineOf(text, "Value type: "),
+              "2021161080 bytes \"" + std::string(200 - 16, 'x') + "\"");
+    EXPECT_EQ(lineOf(text, "Class type: "), "\"" + std::string(200 - 80, 'x') + "\"");
+}
+
 TEST(FormatVandralHeader, ShowsEveryField)
 {
     TableImage image;
