@@ -63,6 +63,9 @@ protected:
     bool printEmpty;
 
 private:
+    bool const usesPrinter_;
+    std::size_t const elementRoom_;  // characters that an element takes, but for a printer's text
+
     // Characters that all pieces of an element but its value may take, the line's head included;
     // and those that end a line.
     static constexpr std::size_t pieceRoom = 64;
@@ -91,9 +94,7 @@ private:
 inline bool QuaskTextify::handleSlot(unsigned bucket, SlotRef const& ref, unsigned char* valueBytes,
                                      unsigned length, bool lookaside, unsigned sequence)
 {
-    bool const printed = style == Vosk || style == Pretty;
-    std::size_t const valueRoom = printed ? 0 : Dovan::dumpHexLength(length) + Dovan::dumpHexSlack;
-    char* out = chain.reserve(pieceRoom + valueRoom);
+    char* out = chain.reserve(elementRoom_);
     if (chain.empty()) {
         out = writeHead(out, bucket);
     }
@@ -108,7 +109,7 @@ inline bool QuaskTextify::handleSlot(unsigned bucket, SlotRef const& ref, unsign
     if (lookaside) {
         *out++ = '*';
     }
-    if (printed) {
+    if (usesPrinter_) {
         chain.advanceTo(out);
         valuePrinter->append(chain, valueBytes);
     } else {

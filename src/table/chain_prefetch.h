@@ -22,20 +22,18 @@ namespace Quask {
 class ChainPrefetch
 {
 public:
-    // Both tables must be set up; they are used, not owned. `bytes` bytes of each value matter.
-    ChainPrefetch(BucketReaderTable const& buckets, SlotReaderGenericTable const& slots,
-                  unsigned bytes)
+    // `buckets` must be set up; it is used, not owned. `bytes` bytes of each value matter.
+    ChainPrefetch(BucketReaderTable const& buckets, SlotLayout const& layout, unsigned bytes)
         : buckets_(buckets),
-          slots_(slots),
           lastByte_(std::min<std::size_t>(SlotReaderGenericTable::valueOffset + bytes, 128) - 1)
     {
-        forget();
+        restart(layout);
     }
 
-    // The mapping of the slots has changed: what was looked up before is not valid any more.
-    void forget()
+    // The slots are mapped elsewhere now: what was looked up before is not valid any more.
+    void restart(SlotLayout const& layout)
     {
-        layout_ = slots_.layout();
+        layout_ = layout;
         for (Batch& batch : stages_) {
             batch.count = 0;
         }
@@ -83,11 +81,14 @@ private:
     void requestHeads(std::uint64_t first, Batch& heads)
     {
         heads.count = 0;
-        std::uint64_t const end =
-            std::min<std::uint64_t>(first + batchSize, buckets_.readableBuckets());
-        for (std::uint64_t bucket = first; bucket < end; ++bucket) {
-            SlotRef const& link = buckets_.getRef(static_cast<unsigned>(bucket));
-            heads.add(layout_, slotRef(Mem::Atomics::peek64(&link)), lastByte_);
+        std::uint64_t const there = buckets_.readableBuckets();
+        if (first >= there) {
+            return;
+        }
+        SlotRef const* const links = &buckets_.getRef(static_cast<unsigned>(first));
+        std::size_t const count = std::min<std::uint64_t>(batchSize, there - first);
+        for (std::size_t i = 0; i < count; ++i) {
+            heads.add(layout_, slotRef(Mem::Atomics::peek64(links + i)), lastByte_);
         }
     }
 
@@ -100,7 +101,6 @@ private:
     }
 
     BucketReaderTable const& buckets_;
-    SlotReaderGenericTable const& slots_;
     std::size_t const lastByte_;
     SlotLayout layout_;
     std::array<Batch, stageCount> stages_;

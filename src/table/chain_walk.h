@@ -57,7 +57,8 @@ public:
           statistics_(readerStatistics),
           chainRestarts_(chainRestarts),
           handler_(scanHandler),
-          prefetch_(bucketTable, slotTable, scanHandler.size)
+          layout_(slotTable.layout(scanHandler.size)),
+          prefetch_(bucketTable, layout_, scanHandler.size)
     {}
 
     // Walks buckets from `first` on until the handler says stop. With `byPosition` `count` buckets,
@@ -173,20 +174,30 @@ private:
         return slot == nullptr ? nullptr : &slot->next;
     }
 
+    // The slot of this index, or null when it is none or lies outside the mapped pages.
+    Slot<EmptyValue> const* find(std::uint32_t index, unsigned length) const
+    {
+        if (index < layout_.reachable) [[likely]] {
+            return reinterpret_cast<Slot<EmptyValue> const*>(layout_.slot(index));
+        }
+        // It may still be inside, with a value that is shorter than the handler's buffer.
+        return index <= slots_.maximumIndex() ? slots_.slotAt(index, length) : nullptr;
+    }
+
     // Reads the slot, its value into the handler's buffer; again when the slot file has grown
     // meanwhile. A slot outside the table is an error only when the file has not grown.
     [[gnu::always_inline]] Reading readSlot(std::uint32_t index)
     {
         for (bool remapped = false;; remapped = true) {
             unsigned const length = std::min(slots_.liveValueSize(), handler_.size);
-            Slot<EmptyValue> const* const slot =
-                index <= slots_.maximumIndex() ? slots_.slotAt(index, length) : nullptr;
+            Slot<EmptyValue> const* const slot = find(index, length);
             Reading reading{};
             if (slot != nullptr) [[likely]] {
                 reading = readFound(*slot, length);
             }
             if (Checks::growth && slots_.doResize()) [[unlikely]] {
-                prefetch_.forget();
+                layout_ = slots_.layout(handler_.size);
+                prefetch_.restart(layout_);
                 continue;
             }
             if (slot == nullptr) [[unlikely]] {
@@ -229,6 +240,7 @@ private:
     ReaderStatistics& statistics_;
     std::uint32_t& chainRestarts_;
     Handler& handler_;
+    SlotLayout layout_;  // of the current mapping
     ChainPrefetch prefetch_;
 };
 

@@ -61,10 +61,10 @@ void SlotReaderGenericTable::adopt(Header const& copy)
     readableSize_ = mem.readableSize();
 }
 
-SlotLayout SlotReaderGenericTable::layout() const
+SlotLayout SlotReaderGenericTable::layout(unsigned valueBytes) const
 {
     SlotLayout layout{base() + slotsOffset_, slotSize_, 0};
-    std::size_t const firstEnd = slotsOffset_ + valueOffset;
+    std::size_t const firstEnd = slotsOffset_ + valueOffset + valueBytes;
     if (firstEnd <= readableSize_ && slotSize_ != 0) {
         std::size_t const mapped = (readableSize_ - firstEnd) / slotSize_ + 1;
         layout.reachable =

@@ -21,7 +21,7 @@ struct SlotLayout
 {
     unsigned char const* slot0;
     std::size_t slotSize;     // bytes
-    std::uint32_t reachable;  // slots below this index may be read and lie inside the mapped pages
+    std::uint32_t reachable;  // slots below this index lie inside the mapped pages, value and all
 
     unsigned char const* slot(std::uint32_t index) const { return slot0 + slotSize * index; }
 };
@@ -86,8 +86,8 @@ public:
         return slotsOffset_ + std::size_t{slotSize_} * index;
     }
 
-    // The layout of the current mapping. The fixed words of the slots count, not their values.
-    SlotLayout layout() const;
+    // The layout of the current mapping for values of `valueBytes` bytes.
+    SlotLayout layout(unsigned valueBytes) const;
 
     // Bytes that can be read of the mapping: whole pages.
     std::size_t readableSize() const { return readableSize_; }

@@ -160,7 +160,7 @@ TEST_F(SlotReaderTest, TheLayoutHoldsTheSlotsWhoseFixedWordsAreMapped)
     image.slots(1000);
     image.resize(TableFile::slots, 300);
     ASSERT_TRUE(attach());
-    Quask::SlotLayout const layout = table.layout();
+    Quask::SlotLayout const layout = table.layout(0);
     EXPECT_EQ(layout.reachable, 162u);
     EXPECT_EQ(offsetInMapping(layout.slot(161)), 4064u);
 }
@@ -168,7 +168,7 @@ TEST_F(SlotReaderTest, TheLayoutHoldsTheSlotsWhoseFixedWordsAreMapped)
 TEST_F(SlotReaderTest, TheLayoutEndsWithTheLastSlot)
 {
     ASSERT_TRUE(attach());
-    EXPECT_EQ(table.layout().reachable, 3u);
+    EXPECT_EQ(table.layout(0).reachable, 3u);
 }
 
 TEST_F(SlotReaderTest, ALayoutWithoutRoomForASlotHoldsNone)
@@ -176,7 +176,7 @@ TEST_F(SlotReaderTest, ALayoutWithoutRoomForASlotHoldsNone)
     image.slotsHeader.slotSize = 4096 - 176 - 15;
     image.resize(TableFile::slots, 200);
     ASSERT_TRUE(attach());
-    EXPECT_EQ(table.layout().reachable, 0u);
+    EXPECT_EQ(table.layout(0).reachable, 0u);
     EXPECT_EQ(table.slotAt(0, 0), nullptr);
 }
 
@@ -186,7 +186,7 @@ TEST_F(SlotReaderTest, SlotsOfSizeZeroAllLieAtOnePlace)
     ASSERT_TRUE(attach());
     EXPECT_EQ(offsetInMapping(table.slotAt(0, 8)), 176u);
     EXPECT_EQ(offsetInMapping(table.slotAt(2, 8)), 176u);
-    EXPECT_EQ(table.layout().reachable, 0u);
+    EXPECT_EQ(table.layout(0).reachable, 0u);
 }
 
 TEST_F(SlotReaderTest, AFileOfFourGibibytesIsReadToItsEnd)
@@ -202,7 +202,7 @@ TEST_F(SlotReaderTest, AFileOfFourGibibytesIsReadToItsEnd)
     ASSERT_EQ(table.offsetOf(178956961), 4294967264u);
     EXPECT_EQ(table.slotAt(178956961, 16)->next.index, 0u);
     EXPECT_EQ(table.slotAt(178956962, 8), nullptr);
-    EXPECT_EQ(table.layout().reachable, 178956962u);
+    EXPECT_EQ(table.layout(0).reachable, 178956962u);
 }
 
 TEST_F(SlotReaderTest, DetachingTracesAndForgetsTheMapping)

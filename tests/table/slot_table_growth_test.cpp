@@ -95,7 +95,7 @@ TEST_F(SlotTableGrowthTest, PublishedSlotsAreMapped)
     EXPECT_EQ(table.capacity(), 1000u);
     EXPECT_EQ(table.maximumIndex(), 999u);
     EXPECT_EQ(table.readableSize(), 24576u);
-    EXPECT_EQ(table.layout().reachable, 1000u);
+    EXPECT_EQ(table.layout(0).reachable, 1000u);
     ASSERT_NE(table.slotAt(999, 8), nullptr);
     EXPECT_EQ(table.slotAt(999, 8)->sequence, 77u);
     EXPECT_EQ(statistics.remaps, 1u);
@@ -156,7 +156,7 @@ TEST_F(SlotTableGrowthTest, ASmallerCountIsFollowed)
     EXPECT_EQ(table.capacity(), 2u);
     EXPECT_EQ(table.maximumIndex(), 1u);
     EXPECT_EQ(table.readableSize(), 4096u);
-    EXPECT_EQ(table.layout().reachable, 2u);
+    EXPECT_EQ(table.layout(0).reachable, 2u);
 }
 
 TEST_F(SlotTableGrowthTest, WithoutSlotsTheHighestIndexIsZeroNotNone)
@@ -228,7 +228,7 @@ TEST_F(SlotTableGrowthTest, AWrappedSizeMapsNoMoreThanItSays)
     EXPECT_EQ(table.readableSize(), 4096u);
     EXPECT_NE(table.slotAt(161, 8), nullptr);
     EXPECT_EQ(table.slotAt(162, 8), nullptr);
-    EXPECT_EQ(table.layout().reachable, 162u);
+    EXPECT_EQ(table.layout(0).reachable, 162u);
 }
 
 TEST_F(SlotTableGrowthTest, GrowthDoesNotOpenTheFileAgain)
@@ -268,7 +268,7 @@ TEST_F(SlotTableGrowthTest, ATableThatGrowsWhileItIsAttachedIsMappedAsItIsThen)
     EXPECT_EQ(growing.maximumIndex(), 999u);
     EXPECT_EQ(growing.readableSize(), 24576u);
     EXPECT_NE(growing.slotAt(999, 8), nullptr);
-    EXPECT_EQ(growing.layout().reachable, 1000u);
+    EXPECT_EQ(growing.layout(0).reachable, 1000u);
     EXPECT_FALSE(growing.doResize());
 }
 
