@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "clients/client_model.h"
 #include "finder/dir_node.h"
 #include "report/quask_scanner_base.h"
 
@@ -14,8 +15,8 @@ class MapsFile;
 
 using String = std::string;
 
-// Finds the processes that have table files mapped, from the lists of mappings under /proc, one
-// record each. One thread at a time.
+// Finds the processes that have table files mapped, from the lists of mappings under /proc, and
+// sorts them into roles. One thread at a time.
 //
 // An mmap info string is the record of one mapping of a file that tells something about a client:
 // process id, process name, permissions and file type ("slots", "vandral.1" or "orvik"), each
@@ -23,6 +24,8 @@ using String = std::string;
 class QuaskClientScanner : public QuaskScannerBase
 {
 public:
+    using QuaskClientList = std::vector<Model::QuaskClient>;
+
     // The directory of a table's files, as it is mapped, to the table's mmap info strings in the
     // order in which they were found.
     using TableToInfoMap = std::map<std::string, std::vector<std::string>>;
@@ -60,6 +63,34 @@ public:
     // Appends `info` to the table's list, which is made if there is none.
     void addToQuaskClientMap(TableToInfoMap& infoByTable, std::string const& table,
                              std::string const& info) const;
+
+    // Sorting one table's clients into roles.
+
+    // Appends the client of one mmap info string to the list that the mapping speaks for, if to
+    // any. True on failure: the string is not one of the above.
+    bool categorizeClient(std::string const& info, QuaskClientList& writers,
+                          QuaskClientList& keyShadowReaders, QuaskClientList& shadowAndKeyShadow,
+                          QuaskClientList& allReaders) const;
+
+    // Puts what is in `minuend` and not in `subtrahend` in front of `result`, in order; when either
+    // is empty, `result` becomes `minuend`. An element of `subtrahend` takes away one equal
+    // element. Sorts the first two.
+    void computeSetDifference(QuaskClientList& minuend, QuaskClientList& subtrahend,
+                              QuaskClientList& result) const;
+
+    // Separates the readers: fills the last two lists, empty on entry, from the first three, which
+    // may be sorted.
+    void determineReaders(QuaskClientList& keyShadowReaders, QuaskClientList& shadowAndKeyShadow,
+                          QuaskClientList& allReaders, QuaskClientList& shadowReaders,
+                          QuaskClientList& passiveReaders) const;
+
+    // Sets the command of every client. `commands` holds the commands known by their pids; a pid it
+    // lacks has its command line read and is added.
+    void populateCommandNames(QuaskClientList& writers, QuaskClientList& shadowReaders,
+                              QuaskClientList& keyShadowReaders, QuaskClientList& readers,
+                              std::map<int, std::string>& commands) const;
+    void doPopulateCommandNames(QuaskClientList& clients,
+                                std::map<int, std::string>& commands) const;
 
 private:
     // As their namesakes, with a file to read that is open unless it cannot be opened.
