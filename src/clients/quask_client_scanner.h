@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,8 @@ class MapsFile;
 
 using String = std::string;
 
-// Finds the processes that have table files mapped, from the lists of mappings under /proc, and
-// sorts them into roles. One thread at a time.
+// Finds the processes that have table files mapped, from the lists of mappings under /proc, sorts
+// them into roles, and prints the client reports. One thread at a time.
 //
 // An mmap info string is the record of one mapping of a file that tells something about a client:
 // process id, process name, permissions and file type ("slots", "vandral.1" or "orvik"), each
@@ -31,6 +32,21 @@ public:
     using TableToInfoMap = std::map<std::string, std::vector<std::string>>;
 
     using QuaskScannerBase::QuaskScannerBase;
+    ~QuaskClientScanner() override;
+
+    // The reports. Both say on standard output, wherever the report goes, when the user is not root
+    // and the environment lacks J5_CHROOT: the processes of other users are then missing. 0, or 1
+    // with a line on standard error and nothing printed. Precondition: initialize() or, for the
+    // report on all tables, an output chosen otherwise. Throws as extractMmapInfo() does.
+
+    // Prints the scanner's table: its header figures and its clients by their roles.
+    int doGetClientInfo();
+
+    // Prints every table that a process has mapped and every other table below the root directory
+    // whose header figures can all be read, ordered by path; "No Quasks" when there is none. Throws
+    // std::out_of_range when a process has mapped a file that is called like a table's, in a
+    // directory whose path is not longer than the root directory's.
+    int doGetAllClientInfo();
 
     // Reading the processes' mappings. Throughout, `rootPath` is a directory without a slash at its
     // end and `mapsPath` the path of one maps file, DIRECTORY/PID/maps.
@@ -92,7 +108,31 @@ public:
     void doPopulateCommandNames(QuaskClientList& clients,
                                 std::map<int, std::string>& commands) const;
 
+    // Building the models that the reports print. `table` is a path below the root directory, and
+    // `rootPath` the directory of the one table or of all.
+
+    // Sets the header figures of `model`, those of files that cannot be attached to not available.
+    void getHeaderInfo(std::string const& table, Model::QuaskTable& model) const;
+
+    // Sets `table` to the table of `rootPath`, which is the scanner's. True on failure, and `table`
+    // is as it was.
+    bool getClients(std::string const& rootPath, Model::QuaskTable& table) const;
+
+    // Adds the tables that processes have mapped; one whose name is there already is dropped. True
+    // on failure; those added before stay.
+    bool getAllClients(std::string const& rootPath, std::set<Model::QuaskTable>& tables) const;
+
+    // Adds the other tables that are below the root directory and whose header figures are all
+    // available. True on failure, with a line on standard error.
+    bool addClientlessQuasks(std::string const& rootPath,
+                             std::set<Model::QuaskTable>& tables) const;
+
 private:
+    // Sets `table` to a table of this name and the clients of these mmap info strings. True on
+    // failure, and `table` is as it was.
+    bool assignClients(std::string const& tablePath, std::vector<std::string> const& infoList,
+                       std::map<int, std::string>& commands, Model::QuaskTable& table) const;
+
     // As their namesakes, with a file to read that is open unless it cannot be opened.
     bool readNextMmap(DirNode& proc, std::string& mapsPath, MapsFile& maps) const;
     void extractMmapInfo(String const& rootPath, String const& mapsPath, MapsFile& maps,
