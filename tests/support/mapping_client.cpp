@@ -1,0 +1,70 @@
+// Maps files and keeps them mapped, as a client of a table does:
+//
+//     mapping_client [--as NAME] FILE:MODE...
+//
+// MODE says how each FILE is mapped: "r", or "rw" for writable. A file without bytes has a page
+// mapped all the same. NAME stands on the process's command line in the place of the program's
+// path. Prints "ready" when all files are mapped, and ends with its standard input. Status 1, with
+// a line on standard error, when a file cannot be mapped.
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+bool map(std::string_view argument)
+{
+    std::size_t const colon = std::min(argument.rfind(':'), argument.size());
+    std::string const path(argument.substr(0, colon));
+    bool const writable = argument.substr(colon) == ":rw";
+    int const file = open(path.c_str(), writable ? O_RDWR : O_RDONLY);
+    struct stat status
+    {};
+    if (file < 0 || fstat(file, &status) != 0) {
+        return false;
+    }
+    auto const size = static_cast<std::size_t>(std::max<off_t>(status.st_size, 1));
+    int const protection = writable ? PROT_READ | PROT_WRITE : PROT_READ;
+    void* const address = mmap(nullptr, size, protection, MAP_SHARED, file, 0);
+    close(file);
+    return address != MAP_FAILED;
+}
+
+// Starts this program afresh under another name. Returns only when that fails.
+void restartAs(char* name, char** arguments, char** end)
+{
+    std::vector<char*> words{name};
+    words.insert(words.end(), arguments, end);
+    words.push_back(nullptr);
+    execv("/proc/self/exe", words.data());
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc > 2 && std::string_view(argv[1]) == "--as") {
+        restartAs(argv[2], argv + 3, argv + argc);
+        std::perror("cannot restart");
+        return 1;
+    }
+    for (int i = 1; i < argc; ++i) {
+        if (!map(argv[i])) {
+            std::perror(argv[i]);
+            return 1;
+        }
+    }
+    std::puts("ready");
+    std::fflush(stdout);
+    while (std::getchar() != EOF) {
+    }
+    return 0;
+}
