@@ -1,0 +1,110 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "clients/recording_scanner.h"
+#include "support/mapping_client.h"
+#include "support/private_root.h"
+#include "support/process_list_lock.h"
+#include "support/table_files.h"
+
+namespace QuaskTesting {
+
+inline std::string const figures =
+    "Capacity: slots:1024 buckets:4 primary_notifications:0 secondary_notifications:0\n"
+    "Occupied slots: 0\n";
+
+class MappedClientsTest : public testing::Test
+{
+protected:
+    using Arguments = std::vector<std::string>;
+
+    explicit MappedClientsTest(ProcessListLock::Mode mode = ProcessListLock::Mode::shared)
+        : lock(mode)
+    {
+        setenv("J5_CHROOT", "1", 1);
+        TableImage::of("int", 4).buckets(4).slots(8).writeTo(root, "feed");
+    }
+
+    ~MappedClientsTest() override { unsetenv("J5_CHROOT"); }
+
+    // A client's argument: a file of the table "feed" or another, mapped "r" or "rw".
+    std::string file(std::string const& name, std::string const& mode,
+                     std::string const& tableName = "feed") const
+    {
+        return root.path() + "/" + tableName + "/" + name + ":" + mode;
+    }
+
+    Arguments writing(std::string const& table = "feed") const
+    {
+        return {file("slots", "rw", table), file("vandral.1", "rw", table)};
+    }
+
+    Arguments shadowing() const { return {file("vandral.1", "r"), file("slots", "r")}; }
+
+    Arguments keyshadowing() const
+    {
+        return {file("orvik", "r"), file("vandral.1", "r"), file("slots", "r")};
+    }
+
+    static std::string shown(MappingClient const& client)
+    {
+        return "mapping_client-" + std::to_string(client.pid()) + "(mapping_client) ";
+    }
+
+    // What the report on the table says behind its title and figures.
+    std::string clientsOf(char const* table)
+    {
+        std::string const text =
+            RecordingScanner(-1, table).reportOf(&Quask::QuaskClientScanner::doGetClientInfo);
+        std::string const start = "Quask table \"" + root.path() + "/" + table + "\"\n" + figures;
+        EXPECT_TRUE(text.starts_with(start)) << text;
+        return text.substr(std::min(start.size(), text.size()));
+    }
+
+    static std::string roles(std::string const& writer, std::string const& shadow,
+                             std::string const& keyshadow, std::string const& reader)
+    {
+        return "Writer: " + writer + "\nShadow: " + shadow + "\nKeyshadow: " + keyshadow +
+               "\nReader: " + reader + "\n\n";
+    }
+
+    ProcessListLock const lock;
+    QuaskTesting::PrivateRoot root;
+};
+
+// A copy of the client's program in a directory of its own, not in memory, where programs may be
+// barred.
+class ProgramCopy
+{
+public:
+    explicit ProgramCopy(std::string const& relative)
+    {
+        std::string pattern = testing::TempDir() + "quask-test.XXXXXX";
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("no directory for a program");
+        }
+        directory_ = pattern;
+        path_ = directory_ + "/" + relative;
+        std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
+        std::filesystem::copy_file(MAPPING_CLIENT, path_);
+    }
+    ProgramCopy(ProgramCopy const&) = delete;
+    ProgramCopy& operator=(ProgramCopy const&) = delete;
+    ~ProgramCopy() { std::filesystem::remove_all(directory_); }
+
+    std::string const& path() const { return path_; }
+
+private:
+    std::string directory_;
+    std::string path_;
+};
+
+}  // namespace QuaskTesting
