@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "clients/quask_client_scanner.h"
 #include "report/quask_header_scanner.h"
 
 namespace Quask {
@@ -19,14 +20,19 @@ bool initialize(QuaskScannerBase& scanner, char const* scannerName)
 
 }  // namespace
 
-int runAllTablesJob(Options const& /*options*/)
+int runAllTablesJob(Options const& options)
 {
-    std::cerr << "The client reports are not built yet." << std::endl;
-    return 1;
+    QuaskClientScanner scanner(options.outputFile, nullptr);
+    return initialize(scanner, "QuaskClientScanner") ? scanner.doGetAllClientInfo() : 1;
 }
 
 int runSingleTableJob(Options const& options, char const* tableName)
 {
+    if (options.showWho) {
+        QuaskClientScanner scanner(options.outputFile, tableName);
+        return initialize(scanner, "QuaskClientScanner") ? scanner.doGetClientInfo() : 1;
+    }
+    // The table scan runs on a header scanner, too: it belongs to the base of all scanners.
     QuaskHeaderScanner scanner(options.outputFile, tableName);
     if (!initialize(scanner, "QuaskHeaderScanner")) {
         return 1;

@@ -43,7 +43,8 @@ protected:
             [] { return RecordingScanner(-1).reportOf(&QuaskClientScanner::doGetAllClientInfo); });
         std::string sections;
         for (std::size_t start = 0; start < text.size();) {
-            std::size_t const end = text.find("\n\n", start) + 2;
+            std::size_t const blankLine = text.find("\n\n", start);
+            std::size_t const end = blankLine == text.npos ? text.size() : blankLine + 2;
             std::string const section = text.substr(start, end - start);
             if (section.starts_with("Quask table \"" + directory)) {
                 sections += section;
