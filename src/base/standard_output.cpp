@@ -1,7 +1,6 @@
 #include "base/standard_output.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -56,6 +55,11 @@ StandardOutput::~StandardOutput()
 bool StandardOutput::finish()
 {
     return flushBuffer() && !failed_;
+}
+
+StandardOutput* StandardOutput::of(std::ostream& stream)
+{
+    return dynamic_cast<StandardOutput*>(stream.rdbuf());
 }
 
 void StandardOutput::writeRemainder()
@@ -132,10 +136,9 @@ std::streamsize StandardOutput::xsputn(char const* text, std::streamsize count)
     if (size > capacity) {
         return writeOut(text, size) ? count : 0;
     }
-    std::memcpy(pptr(), text, size);
-    // A signal handler takes what lies before pptr(): the text first, then the pointer.
-    std::atomic_signal_fence(std::memory_order_release);
-    pbump(static_cast<int>(count));
+    // The text may lie in this very buffer, further back, if it was built in lent room.
+    std::memmove(pptr(), text, size);
+    advance(size);
     return count;
 }
 

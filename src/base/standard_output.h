@@ -1,7 +1,11 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <memory>
+#include <ostream>
 #include <streambuf>
+#include <string_view>
 
 namespace Dovan {
 
@@ -29,6 +33,34 @@ public:
     // Writes what is left. False when this or any earlier write failed: text is then missing.
     bool finish();
 
+    // The stream's StandardOutput, or null when it has another buffer.
+    static StandardOutput* of(std::ostream& stream);
+
+    // Memory behind what is collected so far, `size` bytes and at least `smallestRoom`, for text to
+    // be built in and then given to append(). It stays readable as long as the object, but text
+    // that is printed meanwhile may overwrite it.
+    char* lendRoom(std::size_t& size)
+    {
+        if (epptr() - pptr() < smallestRoom) [[unlikely]] {
+            flushBuffer();
+        }
+        size = static_cast<std::size_t>(epptr() - pptr());
+        return pptr();
+    }
+
+    // Prints `text`; without copying it where it was built in the room lent last. (It is copied
+    // when there was a flush in between, as every message on std::cerr brings one.)
+    void append(std::string_view text)
+    {
+        if (text.data() == pptr()) [[likely]] {
+            advance(text.size());
+        } else {
+            xsputn(text.data(), static_cast<std::streamsize>(text.size()));
+        }
+    }
+
+    static constexpr std::ptrdiff_t smallestRoom = 16 * 1024;
+
     // For a signal handler: writes what the living object, if any, has collected. Safe at every
     // point of the program; text that was being written when the signal came is not written again.
     static void writeRemainder();
@@ -43,6 +75,13 @@ protected:
     int sync() override;
 
 private:
+    void advance(std::size_t count)
+    {
+        // A signal handler takes what lies before pptr(): the text first, then the pointer.
+        std::atomic_signal_fence(std::memory_order_release);
+        pbump(static_cast<int>(count));
+    }
+
     bool writeOut(char const* text, std::size_t count);
     bool flushBuffer();
 

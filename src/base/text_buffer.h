@@ -9,7 +9,8 @@ namespace Dovan {
 
 // Text that is built piece by piece, taken as a view and cleared, many million times a run. It
 // keeps its memory when it is cleared, so that once it has grown to the longest text nothing is
-// allocated, and never fills memory that is about to be overwritten. One thread at a time.
+// allocated, // and never fills memory that is about to be overwritten. It may also be built in
+// memory of somebody else's, where it is wanted in the end. One thread at a time.
 class TextBuffer
 {
 public:
@@ -17,9 +18,18 @@ public:
     std::size_t size() const { return size_; }
 
     // Valid until the next change of the buffer.
-    std::string_view view() const { return {text_.get(), size_}; }
+    std::string_view view() const { return {text_, size_}; }
 
     void clear() { size_ = 0; }
+
+    // Drops the text; the next is built in the `capacity` bytes at `memory` as far as they suffice,
+    // else it moves to memory of the buffer's own. They must stay until the next call of this.
+    void useMemory(char* memory, std::size_t capacity)
+    {
+        text_ = memory;
+        capacity_ = capacity;
+        size_ = 0;
+    }
 
     // Room for `count` more characters; the address to write them to. Nothing is added to the text
     // before advanceTo(). Throws std::bad_alloc.
@@ -28,11 +38,11 @@ public:
         if (capacity_ - size_ < count) [[unlikely]] {
             grow(count);
         }
-        return text_.get() + size_;
+        return text_ + size_;
     }
 
     // The text now ends at `end`, an address inside what the last reserve() gave.
-    void advanceTo(char const* end) { size_ = static_cast<std::size_t>(end - text_.get()); }
+    void advanceTo(char const* end) { size_ = static_cast<std::size_t>(end - text_); }
 
     void append(char c)
     {
@@ -51,11 +61,11 @@ public:
 private:
     void grow(std::size_t count);
 
-    std::unique_ptr<char[]> text_ = std::make_unique_for_overwrite<char[]>(initialCapacity);
+    char* text_ = nullptr;
     std::size_t size_ = 0;
-    std::size_t capacity_ = initialCapacity;
-
-    static constexpr std::size_t initialCapacity = 4096;
+    std::size_t capacity_ = 0;
+    std::unique_ptr<char[]> own_;
+    std::size_t ownCapacity_ = 0;
 };
 
 }  // namespace Dovan

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <charconv>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "base/decimal.h"
 #include "base/hex.h"
 #include "base/text_buffer.h"
 #include "support/value_printer.h"
@@ -68,7 +68,7 @@ private:
 
     // Characters that all pieces of an element but its value may take, the line's head included;
     // and those that end a line.
-    static constexpr std::size_t pieceRoom = 64;
+    static constexpr std::size_t pieceRoom = 128;
 
     static char* write(char* out, std::string_view text)
     {
@@ -79,7 +79,7 @@ private:
     // "42:", in decimal.
     static char* writePrefix(char* out, unsigned number)
     {
-        return write(std::to_chars(out, out + 10, number).ptr, ":");
+        return write(Dovan::writeDecimal(out, number), ":");
     }
 
     static char* writeHead(char* out, unsigned bucket)

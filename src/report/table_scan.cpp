@@ -6,13 +6,15 @@
 #include <sstream>
 
 #include "base/exception.h"
+#include "base/standard_output.h"
 #include "mem/atomics.h"
 #include "report/quask_scanner_base.h"
 #include "table/quask_reader_generic.h"
 
 namespace Quask {
 
-// Writes each line as it is. Final, so that the walk calls it directly.
+// Writes each line as it is. A line for standard output is built where it is to be written from:
+// copying it there would cost as much as building it. Final, so that the walk calls it directly.
 class QuaskScannerBase::MyScanner final : public QuaskTextify
 {
 public:
@@ -21,21 +23,35 @@ public:
               std::ostream& output)
         : QuaskTextify(std::move(valueBuffer), valueSize, chosenStyle, printer, valueType,
                        showEmpty),
-          out(&output)
-    {}
+          out(&output),
+          standardOutput_(Dovan::StandardOutput::of(output))
+    {
+        useRoomOfOutput();
+    }
 
     bool handleLineString(unsigned /*bucket*/, std::string_view line) override
     {
-        // Past the stream's own per-call checks, which cost as much as the line.
-        auto const count = static_cast<std::streamsize>(line.size());
-        if (out->rdbuf()->sputn(line.data(), count) != count) {
-            out->setstate(std::ios::badbit);
+        if (standardOutput_ != nullptr) [[likely]] {
+            standardOutput_->append(line);
+        } else {
+            out->write(line.data(), static_cast<std::streamsize>(line.size()));
         }
+        useRoomOfOutput();
         return true;
     }
 
 private:
+    void useRoomOfOutput()
+    {
+        if (standardOutput_ != nullptr) {
+            std::size_t roomSize = 0;
+            char* const room = standardOutput_->lendRoom(roomSize);
+            chain.useMemory(room, roomSize);
+        }
+    }
+
     std::ostream* out;
+    Dovan::StandardOutput* standardOutput_;  // the buffer of `out`, if it is that
 };
 
 namespace {

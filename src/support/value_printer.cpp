@@ -8,13 +8,14 @@
 #include <string_view>
 #include <type_traits>
 
+#include "base/decimal.h"
 #include "base/hex.h"
 
 namespace Dovan::Platform {
 namespace {
 
-// Room for one element of any type: the longest is -2.2250738585072014e-308.
-constexpr std::size_t maxElementText = 24;
+// Room for one element of any type: the longest of the others is -2.2250738585072014e-308.
+constexpr std::size_t maxElementText = decimalRoom;
 
 // Writes one character of a text between `quote`s; at most 4 characters. The address behind them.
 char* writeCharacter(char* out, unsigned char c, char quote)
@@ -62,7 +63,11 @@ char* writeElement(char* out, unsigned char const* bytes)
     } else {
         T value;
         std::memcpy(&value, bytes, sizeof value);
-        return std::to_chars(out, out + maxElementText, value).ptr;
+        if constexpr (std::is_integral_v<T>) {
+            return Dovan::writeDecimal(out, value);
+        } else {
+            return std::to_chars(out, out + maxElementText, value).ptr;
+        }
     }
 }
 

@@ -4,7 +4,9 @@
 
 #include <csignal>
 #include <iostream>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
 
 #include <fcntl.h>
@@ -80,6 +82,58 @@ TEST(StandardOutput, WritesPiecesOfEverySizeInOrder)
     }
     reader.join();
     EXPECT_EQ(received, expected);
+}
+
+// Builds `text` in lent room.
+std::string_view buildIn(StandardOutput& output, std::string_view text)
+{
+    std::size_t size = 0;
+    char* const room = output.lendRoom(size);
+    EXPECT_GE(size, text.size());
+    return {room, text.copy(room, text.size())};
+}
+
+TEST(StandardOutput, TextBuiltInLentRoomFollowsWhatWasPrintedBefore)
+{
+    Pipe const pipe;
+    StandardOutput output(pipe.ends[1]);
+    std::cout << "first ";
+    output.append(buildIn(output, "second "));
+    output.append(buildIn(output, "third "));
+    std::cout << "fourth" << std::flush;
+    EXPECT_EQ(pipe.read(), "first second third fourth");
+}
+
+TEST(StandardOutput, TextBuiltInLentRoomIsPrintedOnceWhenAFlushComesBetween)
+{
+    Pipe const pipe;
+    StandardOutput output(pipe.ends[1]);
+    std::cout << "1\n";
+    std::string_view const line = buildIn(output, "a line longer than what was flushed\n");
+    std::cout << std::flush;
+    output.append(line);
+    output.append(buildIn(output, "2\n"));
+    std::cout << std::flush;
+    EXPECT_EQ(pipe.read(), "1\na line longer than what was flushed\n2\n");
+}
+
+TEST(StandardOutput, LentRoomNotUsedLeavesNoTrace)
+{
+    Pipe const pipe;
+    StandardOutput output(pipe.ends[1]);
+    buildIn(output, "thrown away");
+    std::cout << "kept" << std::flush;
+    EXPECT_EQ(pipe.read(), "kept");
+}
+
+TEST(StandardOutput, KnowsTheStreamsThatItIsTheBufferOf)
+{
+    Pipe const pipe;
+    std::ostringstream other;
+    EXPECT_EQ(StandardOutput::of(std::cout), nullptr);
+    StandardOutput output(pipe.ends[1]);
+    EXPECT_EQ(StandardOutput::of(std::cout), &output);
+    EXPECT_EQ(StandardOutput::of(other), nullptr);
 }
 
 TEST(StandardOutput, AFullDeviceIsReportedAtTheEnd)

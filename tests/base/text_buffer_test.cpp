@@ -42,4 +42,31 @@ TEST(TextBuffer, TakesOnlyWhatWasWrittenOfTheRoomItGave)
     EXPECT_EQ(text.view(), "a");
 }
 
+TEST(TextBuffer, IsBuiltInMemoryOfSomebodyElses)
+{
+    char memory[8];
+    Dovan::TextBuffer text;
+    text.append("dropped");
+    text.useMemory(memory, sizeof memory);
+    EXPECT_TRUE(text.empty());
+    text.append("12345678");
+    EXPECT_EQ(text.view().data(), memory);
+    EXPECT_EQ(text.view(), "12345678");
+}
+
+TEST(TextBuffer, MovesToItsOwnMemoryWhenThatDoesNotSuffice)
+{
+    char memory[8];
+    Dovan::TextBuffer text;
+    for (int round = 0; round < 3; ++round) {
+        text.useMemory(memory, sizeof memory);
+        text.append("1234567");
+        text.append("89");
+        EXPECT_EQ(text.view(), "123456789");
+        text.append(std::string(10000, 'x'));
+        EXPECT_EQ(text.view(), "123456789" + std::string(10000, 'x'));
+        EXPECT_EQ(std::string_view(memory, 7), "1234567");
+    }
+}
+
 }  // namespace
