@@ -31,11 +31,12 @@ install(FILES ${documents}/quask.bash
 install(FILES ${documents}/_quask DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
 install(FILES ${documents}/quask.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
-option(QUASK_COMPRESS_DOCUMENTS "Install manual pages and changelog compressed, as packages do" OFF)
+option(QUASK_DEBIAN_LAYOUT
+    "Install what Debian wants of a package: compressed manual pages, copyright, changelog" OFF)
 
 # Installs a file as `name`, or compressed as `name`.gz.
 function(quask_install_document file name destination)
-    if(NOT QUASK_COMPRESS_DOCUMENTS)
+    if(NOT QUASK_DEBIAN_LAYOUT)
         install(FILES ${file} DESTINATION ${destination} RENAME ${name})
         return()
     endif()
@@ -50,11 +51,8 @@ endfunction()
 
 quask_install_document(${documents}/quask.1 quask.1 ${CMAKE_INSTALL_MANDIR}/man1)
 quask_install_document(${documents}/quask-table.5 quask-table.5 ${CMAKE_INSTALL_MANDIR}/man5)
-foreach(document IN ITEMS README.md SECURITY.md docs/ARCHITECTURE.md)
+foreach(document IN ITEMS README.md CHANGELOG.md SECURITY.md docs/ARCHITECTURE.md)
     if(EXISTS ${PROJECT_SOURCE_DIR}/${document})
         install(FILES ${PROJECT_SOURCE_DIR}/${document} DESTINATION ${CMAKE_INSTALL_DOCDIR})
     endif()
 endforeach()
-if(EXISTS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
-    quask_install_document(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog ${CMAKE_INSTALL_DOCDIR})
-endif()

@@ -1,0 +1,36 @@
+# The Debian package. scripts/package builds it.
+
+set(QUASK_MAINTAINER "quask maintainers <maintainers@quask.invalid>" CACHE STRING
+    "Name and address of who maintains the package")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME quask)
+set(CPACK_PACKAGE_VENDOR "quask maintainers")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "look into live Quask tables")
+set(CPACK_PACKAGE_DESCRIPTION
+"Quask tables are lock-free hash tables in shared memory. quask prints the
+chains of a table, the headers of its files and the processes that have it
+mapped, while the table's writer keeps changing it. It maps the files read-only
+and takes no lock.")
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${QUASK_MAINTAINER})
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+# Strips the tool and keeps its debug information in a package of its own, quask-dbgsym.
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+if(QUASK_DEBIAN_LAYOUT)
+    # Follows SOURCE_DATE_EPOCH.
+    string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+    configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${documents}/changelog @ONLY)
+    quask_install_document(${documents}/changelog changelog ${CMAKE_INSTALL_DOCDIR})
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
+endif()
+
+include(CPack)
