@@ -13,6 +13,10 @@ chains of a table, the headers of its files and the processes that have it
 mapped, while the table's writer keeps changing it. It maps the files read-only
 and takes no lock.")
 
+# The debug information is not packed: a package of CPack's for it would hold paths of the machine
+# that built it. The tool in the build directory keeps it, under the same build id.
+set(CPACK_STRIP_FILES ON)
+
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${QUASK_MAINTAINER})
@@ -20,8 +24,6 @@ set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# Strips the tool and keeps its debug information in a package of its own, quask-dbgsym.
-set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
