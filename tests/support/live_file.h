@@ -1,44 +1,40 @@
 #pragma once
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
+#include "support/shared_store.h"
+#include "support/writable_file.h"
 
 namespace QuaskTesting {
 
-// A file that a test changes word by word while a reader has it mapped. Offsets are in bytes, of
-// words aligned to their width; those behind the file's last page may be used once it is longer.
+// A table file that a test changes in any way it likes, a sound one or not, while a reader has it
+// mapped. Offsets are in bytes, of words aligned to their width; what lies behind the file's last
+// page may be used as soon as the file is longer.
 class LiveFile
 {
 public:
-    explicit LiveFile(std::string const& path) : path_(path)
-    {
-        int const descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC);
-        void* const address =
-            mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
-        close(descriptor);
-        if (address == MAP_FAILED) {
-            throw std::runtime_error("cannot map " + path);
-        }
-        bytes_ = static_cast<std::byte*>(address);
-    }
-    LiveFile(LiveFile const&) = delete;
-    LiveFile& operator=(LiveFile const&) = delete;
-    ~LiveFile() { munmap(bytes_, span); }
+    explicit LiveFile(std::string const& path) : path_(path), file_(path), bytes_(file_.map(span))
+    {}
 
-    void store32(std::uint64_t offset, std::uint32_t word) { store(offset, word); }
-    void store64(std::uint64_t offset, std::uint64_t word) { store(offset, word); }
-    std::uint32_t load32(std::uint64_t offset) const { return load<std::uint32_t>(offset); }
-    std::uint64_t load64(std::uint64_t offset) const { return load<std::uint64_t>(offset); }
+    void store32(std::uint64_t offset, std::uint32_t word)
+    {
+        SharedStore::store32(bytes_ + offset, word, std::memory_order_release);
+    }
+    void store64(std::uint64_t offset, std::uint64_t word)
+    {
+        SharedStore::store64(bytes_ + offset, word, std::memory_order_release);
+    }
+
+    // Rewrites a pair {version, value}: the version goes up by one.
+    void relink(std::uint64_t offset, std::uint32_t value)
+    {
+        SharedStore::relink(bytes_ + offset, value);
+    }
 
     // Not in one step.
     void storeBytes(std::uint64_t offset, std::string_view bytes)
@@ -46,26 +42,15 @@ public:
         std::memcpy(bytes_ + offset, bytes.data(), bytes.size());
     }
 
-    // Lengthens the file with zeros, or cuts it.
+    // Lengthens the file with zeros that need no memory, or cuts it.
     void resize(std::uint64_t size) { std::filesystem::resize_file(path_, size); }
 
 private:
-    template <typename Word>
-    void store(std::uint64_t offset, Word word)
-    {
-        std::atomic_ref<Word>(*reinterpret_cast<Word*>(bytes_ + offset)).store(word);
-    }
-
-    template <typename Word>
-    Word load(std::uint64_t offset) const
-    {
-        return std::atomic_ref<Word>(*reinterpret_cast<Word*>(bytes_ + offset)).load();
-    }
-
-    static constexpr std::size_t span = 16 << 20;
+    static constexpr std::uint64_t span = 16 << 20;
 
     std::string path_;
-    std::byte* bytes_ = nullptr;
+    WritableFile file_;
+    std::byte* bytes_;
 };
 
 }  // namespace QuaskTesting

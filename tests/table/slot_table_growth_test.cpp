@@ -5,10 +5,9 @@
 
 #include <functional>
 
-#include <sys/mman.h>
-
 #include "base/exception.h"
 #include "support/live_file.h"
+#include "support/neighbour.h"
 #include "support/private_root.h"
 #include "support/recording_handler.h"
 #include "support/table_files.h"
@@ -52,27 +51,6 @@ protected:
     SlotReaderGenericTable table{handler, rootPath, statistics};
     std::string const path = (image.writeTo(root, "eq"), root.path() + "/eq/slots");
     LiveFile slots{path};
-};
-
-// Keeps the bytes behind a mapping taken, so that it cannot grow where it is.
-class Neighbour
-{
-public:
-    explicit Neighbour(void const* begin)
-        : address_(mmap(const_cast<void*>(begin), 4096, PROT_NONE,
-                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0))
-    {}
-    Neighbour(Neighbour const&) = delete;
-    Neighbour& operator=(Neighbour const&) = delete;
-    ~Neighbour()
-    {
-        if (address_ != MAP_FAILED) {  // else something else is there already
-            munmap(address_, 4096);
-        }
-    }
-
-private:
-    void* address_;
 };
 
 TEST_F(SlotTableGrowthTest, NothingIsDoneWhileTheVersionStays)
