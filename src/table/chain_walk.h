@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "mem/atomics.h"
@@ -20,9 +21,8 @@ struct AllWalkChecks
 {
     static constexpr bool linkVersion = true;  // a followed link is looked at again
     static constexpr bool sequence = true;     // a value's state word is looked at again
-    static constexpr bool lookaside =
-        true;                             // a value being rewritten is read from the lookaside slot
-    static constexpr bool growth = true;  // slots beyond the mapping are mapped when published
+    static constexpr bool lookaside = true;    // a value being rewritten is taken from elsewhere
+    static constexpr bool growth = true;       // slots that a writer has published are mapped
 };
 
 // One optimistic walk over bucket chains. Never locks, never writes to the table. It rests on these
@@ -32,12 +32,10 @@ struct AllWalkChecks
 // 2. A value is accepted only when the slot's sequence word is the same before and after the copy.
 //    While the word's lookaside bit is set, the value is the one in the lookaside slot.
 // 3. A slot is handed out only after the version of the link that led to it was found unchanged,
-// and
-//    that after its value and its next link were read. An unchanged version says that at this
+//    and that after its value and its next link were read. An unchanged version says that at this
 //    moment the slot was still where the link led, so the next link continues this very chain.
 // 4. A changed link makes the whole chain be walked again from its head, never only its tail, and
-// the
-//    handler forget it: what a handler sees as finished is one walk from the head to the end.
+//    the handler forget it: what a handler sees as finished is one walk from the head to the end.
 //
 // A finished chain is not a snapshot: its elements were each in the chain at the moment when they
 // were read, one after the other. An element that no writer touches is in it exactly once.
@@ -83,7 +81,7 @@ public:
         while (byPosition ? index < first + count : visited < count && index < bucketCount) {
             prefetch_.advance(index);
             SlotRef const* const bucket = &buckets_.getRef(index);
-            SlotRef link = loadLink(*bucket);
+            SlotRef link = loadLink(bucket);
             visited += !byPosition && !link.isNull() ? 1 : 0;
             switch (walkChain(index, bucket, link)) {
                 case ChainEnd::reached:
@@ -114,7 +112,7 @@ private:
     struct Reading
     {
         SlotRef next;
-        SlotRef const* nextAddress;
+        void const* nextAddress;
         std::uint32_t sequence;
         bool lookaside;
         bool remapped;  // pointers into the slot file that were taken before are invalid
@@ -122,27 +120,27 @@ private:
 
     // acquire: pairs with the writer's release store of the link, so that what the writer had
     // stored into the slot before it led there is seen.
-    static SlotRef loadLink(SlotRef const& link)
+    static SlotRef loadLink(void const* linkAddress)
     {
-        return slotRef(Mem::Atomics::load64(&link, std::memory_order_acquire));
+        return slotRef(Mem::Atomics::load64(linkAddress, std::memory_order_acquire));
     }
 
     // relaxed: the loads of the slot, value and next link, come before it by the fence behind the
     // value and the acquire of the next link. When one of them saw the slot as it was after the
     // link had been rewritten, this load sees the rewritten link: the writer stores a link before
     // it touches the slot that the link has left.
-    static bool isUnchanged(SlotRef const* linkAddress, SlotRef const& link)
+    static bool isUnchanged(void const* linkAddress, SlotRef const& link)
     {
+        static_assert(offsetof(SlotRef, version) == 0);
         return !Checks::linkVersion ||
-               Mem::Atomics::load32(&linkAddress->version, std::memory_order_relaxed) ==
-                   link.version;
+               Mem::Atomics::load32(linkAddress, std::memory_order_relaxed) == link.version;
     }
 
     // Walks one chain from `link`, which lies at `bucket`. `link` is the null link that ended the
     // chain, when that was reached.
-    [[gnu::always_inline]] ChainEnd walkChain(unsigned index, SlotRef const* bucket, SlotRef& link)
+    [[gnu::always_inline]] ChainEnd walkChain(unsigned index, void const* bucket, SlotRef& link)
     {
-        SlotRef const* linkAddress = bucket;
+        void const* linkAddress = bucket;
         std::uint32_t linkOwner = SlotRef::null;  // slot in which `link` lies; null: the bucket
         ChainCycle cycle;
         while (!link.isNull()) {
@@ -168,17 +166,17 @@ private:
     }
 
     // Where the next link of a slot that was read lies now; null when a re-map has left it outside.
-    SlotRef const* nextLinkOf(std::uint32_t index) const
+    void const* nextLinkOf(std::uint32_t index) const
     {
-        Slot<EmptyValue> const* const slot = slots_.slotAt(index, 0);
-        return slot == nullptr ? nullptr : &slot->next;
+        unsigned char const* const slot = slots_.slotAt(index, 0);
+        return slot == nullptr ? nullptr : slot + SlotReaderGenericTable::nextOffset;
     }
 
     // The slot of this index, or null when it is none or lies outside the mapped pages.
-    Slot<EmptyValue> const* find(std::uint32_t index, unsigned length) const
+    unsigned char const* find(std::uint32_t index, unsigned length) const
     {
         if (index < layout_.reachable) [[likely]] {
-            return reinterpret_cast<Slot<EmptyValue> const*>(layout_.slot(index));
+            return layout_.slot(index);
         }
         // It may still be inside, with a value that is shorter than the handler's buffer.
         return index <= slots_.maximumIndex() ? slots_.slotAt(index, length) : nullptr;
@@ -190,10 +188,10 @@ private:
     {
         for (bool remapped = false;; remapped = true) {
             unsigned const length = std::min(slots_.liveValueSize(), handler_.size);
-            Slot<EmptyValue> const* const slot = find(index, length);
+            unsigned char const* const slot = find(index, length);
             Reading reading{};
             if (slot != nullptr) [[likely]] {
-                reading = readFound(*slot, length);
+                reading = readFound(slot, length);
             }
             if (Checks::growth && slots_.doResize()) [[unlikely]] {
                 layout_ = slots_.layout(handler_.size);
@@ -208,14 +206,16 @@ private:
         }
     }
 
-    [[gnu::always_inline]] Reading readFound(Slot<EmptyValue> const& slot, unsigned length)
+    [[gnu::always_inline]] Reading readFound(unsigned char const* slot, unsigned length)
     {
+        unsigned char const* const next = slot + SlotReaderGenericTable::nextOffset;
+        unsigned char const* const word = slot + SlotReaderGenericTable::sequenceOffset;
         // acquire: pairs with the writer's release store of the word, so that the value is at least
         // as new as the word says; with the lookaside bit, that the lookaside slot holds the value.
-        std::uint32_t sequence = Mem::Atomics::load32(&slot.sequence, std::memory_order_acquire);
+        std::uint32_t sequence = Mem::Atomics::load32(word, std::memory_order_acquire);
         for (;;) {
             bool lookaside = false;
-            auto const* value = reinterpret_cast<unsigned char const*>(&slot.value);
+            unsigned char const* value = slot + SlotReaderGenericTable::valueOffset;
             if (Checks::lookaside && (sequence & Slot<EmptyValue>::LOOKASIDE) != 0) [[unlikely]] {
                 ++statistics_.lookasideHits;
                 lookaside = true;
@@ -225,10 +225,9 @@ private:
             // The fence keeps the copy before the second look at the word: bytes of a later value
             // bring the word that the writer had stored before them. acquire for the next round.
             Mem::Atomics::fenceAcquire();
-            std::uint32_t const again =
-                Mem::Atomics::load32(&slot.sequence, std::memory_order_acquire);
+            std::uint32_t const again = Mem::Atomics::load32(word, std::memory_order_acquire);
             if (again == sequence || !Checks::sequence) [[likely]] {
-                return {loadLink(slot.next), &slot.next, sequence, lookaside, false};
+                return {loadLink(next), next, sequence, lookaside, false};
             }
             sequence = again;
         }

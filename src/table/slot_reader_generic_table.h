@@ -69,15 +69,16 @@ public:
         return Mem::Atomics::load32(&header->valueSize, std::memory_order_relaxed);
     }
 
-    // The slot of this index, or null when its fixed words and `valueBytes` bytes of value do not
-    // all lie inside the mapped pages. Valid until the next doResize().
-    Slot<EmptyValue> const* slotAt(unsigned index, unsigned valueBytes) const
+    // The first byte of the slot of this index, or null when its fixed words and `valueBytes` bytes
+    // of value do not all lie inside the mapped pages. Valid until the next doResize(). No Slot: a
+    // damaged header may put slots at addresses that are not aligned for one.
+    unsigned char const* slotAt(unsigned index, unsigned valueBytes) const
     {
         std::size_t const offset = offsetOf(index);
         if (offset + valueOffset + valueBytes > readableSize_) [[unlikely]] {
             return nullptr;
         }
-        return reinterpret_cast<Slot<EmptyValue> const*>(base() + offset);
+        return base() + offset;
     }
 
     // Where in the file that slot begins, in bytes; may be outside.
@@ -102,6 +103,9 @@ public:
     // The mapped header. Precondition: attached.
     Header const& liveHeader() const { return *header; }
 
+    // Where the words of a slot lie, in bytes from its first.
+    static constexpr std::size_t nextOffset = offsetof(Slot<EmptyValue>, next);
+    static constexpr std::size_t sequenceOffset = offsetof(Slot<EmptyValue>, sequence);
     static constexpr std::size_t valueOffset = offsetof(Slot<EmptyValue>, value);
 
 private:

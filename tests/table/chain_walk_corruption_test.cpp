@@ -33,6 +33,29 @@ protected:
         return "Quask::CorruptionDetectedException(\"Quask::CorruptionDetectedException(\"" +
                message + "\")\")";
     }
+
+    // That the slot file says to have slots of this size, and that a chain of them is walked.
+    void expectWalkOfSlotsOfSize(std::uint32_t slotSize)
+    {
+        SCOPED_TRACE(slotSize);
+        image = TableImage::of("std::int32_t", 4).buckets(1);
+        image.slotsHeader.slotSize = slotSize;
+        image.slotsHeader.mappedCount = 1000;
+        image.bucketLinks[0].value = 100;
+        image.resize(TableFile::slots, 30000);
+        auto const put = [this](std::uint32_t slot, std::uint32_t next, std::uint32_t value) {
+            image.patch(TableFile::slots, offsetOf(slot), bytesOf(packPair(0, next)));
+            image.patch(TableFile::slots, offsetOf(slot) + 16, bytesOf(value));
+        };
+        put(100, 900, 1);
+        put(900, 500, 2);
+        put(500, noSlot, 3);
+        open();
+        handler.lines.clear();
+        walk();
+        EXPECT_THAT(handler.lines, ElementsAre("0: slot 100 01000000", "0: slot 900 02000000",
+                                               "0: slot 500 03000000", "0: done"));
+    }
 };
 
 TEST_F(ChainWalkCorruptionTest, ASlotOutOfRangeEndsTheWalk)
@@ -133,6 +156,21 @@ TEST_F(ChainWalkCorruptionTest, AValueAsLargeAsABufferLargerThanTheFileEndsTheWa
     expectThrown(
         twiceWrapped("SlotReaderGenericTable::getSlot outside the mapped file index: 0 "
                      "offset:200 mapped:4096"));
+}
+
+TEST_F(ChainWalkCorruptionTest, SlotsOfAnySizeAreRead)
+{
+    for (std::uint32_t const slotSize : {20u, 21u, 24u, 25u, 28u, 29u}) {
+        expectWalkOfSlotsOfSize(slotSize);
+    }
+}
+
+// They overlap: what the first says of its successor is the value of another.
+TEST_F(ChainWalkCorruptionTest, SlotsSmallerThanTheirFixedWordsAreRead)
+{
+    for (std::uint32_t const slotSize : {1u, 4u, 7u}) {
+        expectWalkOfSlotsOfSize(slotSize);
+    }
 }
 
 TEST_F(ChainWalkCorruptionTest, SlotsOfSizeZeroAreAllTheLookasideSlot)
