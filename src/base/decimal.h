@@ -54,6 +54,7 @@ inline char* writeDecimal(char* out, Integer value)
 {
     static_assert(std::is_integral_v<Integer> && sizeof(Integer) <= 8);
     constexpr std::uint64_t chunk = 100000000;
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): the sign is to be extended.
     auto number = static_cast<std::uint64_t>(value);
     if constexpr (std::is_signed_v<Integer>) {
         if (value < 0) {

@@ -83,7 +83,7 @@ void StandardOutput::writeRemainderOnTermination()
         {};
         action.sa_handler = [](int signal) {
             writeRemainder();
-            raise(signal);
+            static_cast<void>(raise(signal));
         };
         action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
         sigemptyset(&action.sa_mask);

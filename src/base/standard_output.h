@@ -59,7 +59,7 @@ public:
         }
     }
 
-    static constexpr std::ptrdiff_t smallestRoom = 16 * 1024;
+    static constexpr std::ptrdiff_t smallestRoom = std::ptrdiff_t{16} * 1024;
 
     // For a signal handler: writes what the living object, if any, has collected. Safe at every
     // point of the program; text that was being written when the signal came is not written again.
@@ -85,7 +85,7 @@ private:
     bool writeOut(char const* text, std::size_t count);
     bool flushBuffer();
 
-    static constexpr std::size_t capacity = 256 * 1024;
+    static constexpr std::size_t capacity = std::size_t{256} * 1024;
 
     int const descriptor_;
     std::unique_ptr<char[]> const buffer_;

@@ -28,6 +28,7 @@ struct QuaskClient
     std::string procName;  // name of the file behind the process's first mapping
     std::string command;   // from the process's command line; empty until it has been looked up
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): there is no pointer in it.
     friend auto operator<=>(QuaskClient const&, QuaskClient const&) = default;
 };
 

@@ -9,7 +9,7 @@ namespace Quask {
 namespace {
 
 // The kernel gives a page a read, however large the buffer.
-constexpr std::size_t initialCapacity = 16 * 1024;
+constexpr std::size_t initialCapacity = std::size_t{16} * 1024;
 
 }  // namespace
 

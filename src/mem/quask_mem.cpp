@@ -19,7 +19,7 @@ QuaskMem::~QuaskMem() = default;
 
 std::string QuaskMem::getFilename() const
 {
-    std::string const result = localMem ? "[ANONYMOUS]" : filename;
+    std::string result = localMem ? "[ANONYMOUS]" : filename;
     trace(*handler, 5, "QuaskMem::getFilename() localMem: ", localMem, " filename: ", result);
     return result;
 }

@@ -48,7 +48,7 @@ void onBusError(int signal, siginfo_t* info, void* /*context*/)
     MappedFile const* const file = fileAt(info->si_addr);
     if (file == nullptr) {
         // Back to the same instruction, this time without a handler.
-        std::signal(signal, SIG_DFL);
+        static_cast<void>(std::signal(signal, SIG_DFL));
         return;
     }
     Dovan::StandardOutput::writeRemainder();

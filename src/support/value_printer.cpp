@@ -239,6 +239,7 @@ std::string arraySuffix(std::size_t count)
 
 }  // namespace
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value is how printers are asked for.
 ValuePrinter const* getValuePrinter(std::string typeName, int valueSize)
 {
     std::size_t const size = static_cast<unsigned>(valueSize);
