@@ -9,7 +9,7 @@ namespace QuaskTesting {
 namespace {
 
 // Takes `prefix` off the front of `text`; false when it is not there.
-bool take(std::string_view& text, std::string_view prefix)
+bool takeText(std::string_view& text, std::string_view prefix)
 {
     if (!text.starts_with(prefix)) {
         return false;
@@ -35,7 +35,7 @@ int digit(char c)
 bool takeBytes(std::string_view& text, std::string& bytes)
 {
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (i > 0 && i % 4 == 0 && !take(text, " ")) {
+        if (i > 0 && i % 4 == 0 && !takeText(text, " ")) {
             return false;
         }
         int const value = text.size() < 2 ? -1 : 16 * digit(text[0]) + digit(text[1]);
@@ -56,18 +56,36 @@ ScanChecker::ScanChecker(HotTable const& table)
 
 void ScanChecker::check(std::string_view scan)
 {
+    begin();
+    take(scan);
+    end();
+}
+
+void ScanChecker::begin()
+{
     std::fill(stableSeen_.begin(), stableSeen_.end(), false);
     nextBucket_ = 0;
+    tail_.clear();
     ++counts_.scans;
-    while (take(scan, "bucket[")) {
-        std::size_t const end = scan.find('\n');
-        checkLine(scan.substr(0, end));
-        scan.remove_prefix(end == scan.npos ? scan.size() : end + 1);
+}
+
+void ScanChecker::take(std::string_view lines)
+{
+    while (tail_.empty() && takeText(lines, "bucket[")) {
+        std::size_t const end = lines.find('\n');
+        checkLine(lines.substr(0, end));
+        lines.remove_prefix(end == lines.npos ? lines.size() : end + 1);
     }
+    tail_.append(lines);
+}
+
+void ScanChecker::end()
+{
+    std::string_view scan = tail_;
     std::uint64_t hits = 0;
     std::uint64_t restarts = 0;
-    if (!take(scan, "Lookaside hits: ") || !takeNumber(scan, 10, hits) ||
-        !take(scan, "\nChain restarts: ") || !takeNumber(scan, 10, restarts) || scan != "\n") {
+    if (!takeText(scan, "Lookaside hits: ") || !takeNumber(scan, 10, hits) ||
+        !takeText(scan, "\nChain restarts: ") || !takeNumber(scan, 10, restarts) || scan != "\n") {
         violation("the scan does not end with its counts", scan);
     }
     counts_.lookasideHits += hits;
@@ -82,7 +100,7 @@ void ScanChecker::checkLine(std::string_view line)
 {
     std::string_view rest = line;
     std::uint32_t bucket = 0;
-    if (!takeNumber(rest, 16, bucket) || !take(rest, "]")) {
+    if (!takeNumber(rest, 16, bucket) || !takeText(rest, "]")) {
         return violation("no bucket number", line);
     }
     if (bucket < nextBucket_ || bucket >= table_.buckets) {
@@ -91,10 +109,10 @@ void ScanChecker::checkLine(std::string_view line)
     nextBucket_ = std::uint64_t{bucket} + 1;
     while (rest != " ffffffff --> none") {
         std::uint32_t slot = 0;
-        if (!take(rest, " ") || !takeNumber(rest, 16, slot) || !take(rest, "-->")) {
+        if (!takeText(rest, " ") || !takeNumber(rest, 16, slot) || !takeText(rest, "-->")) {
             return violation("no element", line);
         }
-        counts_.lookasideValues += take(rest, "*") ? 1 : 0;
+        counts_.lookasideValues += takeText(rest, "*") ? 1 : 0;
         if (!takeBytes(rest, value_)) {
             return violation("no value", line);
         }

@@ -30,6 +30,11 @@ public:
     // Checks one whole scan's output.
     void check(std::string_view scan);
 
+    // The same piece by piece: begin(), then take() with whole lines, then end().
+    void begin();
+    void take(std::string_view lines);
+    void end();
+
     ScanCounts const& counts() const { return counts_; }
 
     // What was wrong, the first few in words; the number of all.
@@ -46,6 +51,7 @@ private:
     std::vector<std::uint32_t> generations_;  // the newest shown of each hot element
     std::string value_;
     std::uint64_t nextBucket_ = 0;
+    std::string tail_;  // what came behind the lines of buckets
     ScanCounts counts_;
     std::vector<std::string> violations_;
     std::uint64_t violationCount_ = 0;
