@@ -1,6 +1,7 @@
 // Real processes that have tables' files mapped, as the report on all tables shows them.
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -83,6 +84,20 @@ TEST_F(AllMappedClientsTest, AMappedTableIsShownThoughItsFiguresAreMissing)
                   "secondary_notifications:NA\n"
                   "Occupied slots: NA\n" +
                   roles(shown(writer), "None", "None", "None"));
+}
+
+TEST_F(AllMappedClientsTest, ATablesFilesAreReadUnderItsPathBelowTheRootDirectory)
+{
+    MappingClient const writer(writing());
+    std::filesystem::remove(root.path() + "/feed/buckets");
+    setenv("DOVAN_DEBUG", "Quask-feed=0", 1);
+    testing::internal::CaptureStderr();
+    std::set<QuaskTable> tables;
+    EXPECT_FALSE(
+        undisturbed([&] { return RecordingScanner(-1).getAllClients(root.path(), tables); }));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Quask-feed 0: BucketReader::attach() no shared memory region\n");
+    unsetenv("DOVAN_DEBUG");
 }
 
 TEST_F(AllMappedClientsTest, ATableInNoRoleIsShownWithoutClients)
