@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 namespace QuaskFuzzing {
 
@@ -38,14 +39,16 @@ public:
         return front;
     }
 
-    // The text up to the next newline, which is skipped, or to the end.
-    std::string_view line()
+    // The text up to the next newline, which is skipped, or to the end; and whether there was a
+    // newline.
+    std::pair<std::string_view, bool> lineAndEnd()
     {
         std::size_t const length = std::min(rest_.find('\n'), rest_.size());
         std::string_view const text = bytes(length);
-        bytes(1);
-        return text;
+        return {text, !bytes(1).empty()};
     }
+
+    std::string_view line() { return lineAndEnd().first; }
 
 private:
     std::string_view rest_;
