@@ -1,0 +1,32 @@
+#include "table/load_by_load.h"
+
+#include <utility>
+
+#include "mem/schedule_point.h"
+
+namespace {
+
+QuaskTesting::LoadByLoad* current = nullptr;
+
+}  // namespace
+
+namespace QuaskTesting {
+
+LoadByLoad::LoadByLoad(std::function<void(unsigned load)> action) : action_(std::move(action))
+{
+    current = this;
+}
+
+LoadByLoad::~LoadByLoad()
+{
+    current = nullptr;
+}
+
+}  // namespace QuaskTesting
+
+void Mem::schedulePoint()
+{
+    if (current != nullptr) {
+        current->beforeLoad();
+    }
+}
