@@ -87,9 +87,12 @@ void LaidOutTable::apply(EditedTable::Edit const& edit) const
 
 }  // namespace QuaskFuzzing
 
-void Mem::schedulePoint()
+void Mem::schedulePoint(void const* /*address*/, std::size_t /*size*/, std::memory_order /*order*/)
 {
     if (QuaskFuzzing::theTable != nullptr) {
         QuaskFuzzing::theTable->beforeLoad();
     }
 }
+
+void Mem::scheduleFence() {}
+void Mem::scheduleFileSize() {}

@@ -58,14 +58,14 @@ template <typename Word>
 // The 64-bit word at `address`, in one load when it is aligned to 8 bytes; else it may be torn.
 [[gnu::always_inline]] inline std::uint64_t load64(void const* address, std::memory_order order)
 {
-    schedulePoint();
+    schedulePoint(address, 8, order);
     return Detail::loadWord<std::uint64_t>(address, order);
 }
 
 // The 32-bit word at `address`, in one load when it is aligned to 4 bytes; else it may be torn.
 [[gnu::always_inline]] inline std::uint32_t load32(void const* address, std::memory_order order)
 {
-    schedulePoint();
+    schedulePoint(address, 4, order);
     return Detail::loadWord<std::uint32_t>(address, order);
 }
 
@@ -84,20 +84,20 @@ template <typename Word>
     auto const* in = static_cast<unsigned char const*>(from);
     if (Detail::isAligned(in, 8)) [[likely]] {
         for (; size >= 8; size -= 8, in += 8, out += 8) {
-            schedulePoint();
+            schedulePoint(in, 8, std::memory_order_relaxed);
             auto const word = Detail::load<std::uint64_t>(in, std::memory_order_relaxed);
             std::memcpy(out, &word, 8);
         }
     }
     if (Detail::isAligned(in, 4)) {
         for (; size >= 4; size -= 4, in += 4, out += 4) {
-            schedulePoint();
+            schedulePoint(in, 4, std::memory_order_relaxed);
             auto const word = Detail::load<std::uint32_t>(in, std::memory_order_relaxed);
             std::memcpy(out, &word, 4);
         }
     }
     for (; size > 0; --size, ++in, ++out) {
-        schedulePoint();
+        schedulePoint(in, 1, std::memory_order_relaxed);
         *out = Detail::load<unsigned char>(in, std::memory_order_relaxed);
     }
 }
@@ -105,6 +105,7 @@ template <typename Word>
 // What was loaded before this is loaded before everything behind it.
 inline void fenceAcquire()
 {
+    scheduleFence();
     std::atomic_thread_fence(std::memory_order_acquire);
 }
 

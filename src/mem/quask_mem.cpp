@@ -1,5 +1,7 @@
 #include "mem/quask_mem.h"
 
+#include "mem/schedule_point.h"
+
 namespace Quask {
 
 using Dovan::trace;
@@ -26,6 +28,7 @@ std::string QuaskMem::getFilename() const
 
 unsigned QuaskMem::memSize() const
 {
+    Mem::scheduleFileSize();
     unsigned const result = localMem ? size : Shared::memSize();
     trace(*handler, 5, "QuaskMem::memSize() localMem: ", localMem, " filename: ", getFilename(),
           " memSize: ", result);

@@ -35,11 +35,12 @@ public:
     // Walks the chains of buckets from `first` on; see ChainWalk for what `count` and `byPosition`
     // mean and for what is thrown. `Handler` is a ScanHandler; its own final type saves the calls
     // through the table of virtual functions. Precondition: validated.
-    template <typename Handler>
+    template <typename Checks = AllWalkChecks, typename Handler>
     void scan(Handler& scanHandler, unsigned first, unsigned count, Direction direction,
               bool byPosition)
     {
-        ChainWalk<Handler> walk(*handler, buckets, slots, statistics, chainRestarts_, scanHandler);
+        ChainWalk<Handler, Checks> walk(*handler, buckets, slots, statistics, chainRestarts_,
+                                        scanHandler);
         walk.run(first, count, direction, byPosition);
     }
 

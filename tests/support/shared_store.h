@@ -46,7 +46,10 @@ class StoreObserver
 {
 public:
     // `size` bytes at `address` in a mapping are about to become `bytes`.
-    virtual void beforeStore(void* address, std::size_t size, void const* bytes) = 0;
+    virtual void beforeStore(void* address, std::size_t size, void const* bytes,
+                             std::memory_order order) = 0;
+
+    virtual void beforeReleaseFence() {}
 
     // The slot file is about to become `size` bytes long.
     virtual void beforeLengthen(std::uint64_t size) = 0;
@@ -83,7 +86,7 @@ void store(void* address, Word word, std::memory_order order)
 {
     static_assert(std::atomic_ref<Word>::is_always_lock_free);
     if (storeObserver != nullptr) [[unlikely]] {
-        storeObserver->beforeStore(address, sizeof word, &word);
+        storeObserver->beforeStore(address, sizeof word, &word, order);
     }
     std::atomic_ref<Word>(*static_cast<Word*>(address)).store(word, order);
 }
@@ -176,6 +179,9 @@ inline void relink(void* pair, std::uint32_t value)
 // then passes an acquire fence.
 inline void releaseFence()
 {
+    if (storeObserver != nullptr) [[unlikely]] {
+        storeObserver->beforeReleaseFence();
+    }
     std::atomic_thread_fence(std::memory_order_release);
 }
 

@@ -37,15 +37,25 @@ std::ostream& operator<<(std::ostream& out, StoreStep const& step)
                << Dovan::dumpHex(step.bytes.data(), static_cast<unsigned>(step.bytes.size()));
 }
 
-void StoreRecorder::beforeStore(void* address, std::size_t size, void const* bytes)
+void StoreRecorder::beforeStore(void* address, std::size_t size, void const* bytes,
+                                std::memory_order order)
 {
     auto const [file, offset] = writer_.placeOf(address);
-    steps.push_back({file, offset, std::string(static_cast<char const*>(bytes), size)});
+    StoreStep step{file, offset, std::string(static_cast<char const*>(bytes), size)};
+    step.released = order != std::memory_order_relaxed;
+    record(std::move(step));
 }
 
 void StoreRecorder::beforeLengthen(std::uint64_t size)
 {
-    steps.push_back({TableFile::slots, size});
+    record({TableFile::slots, size});
+}
+
+void StoreRecorder::record(StoreStep step)
+{
+    step.fenced = fenced_;
+    fenced_ = false;
+    steps.push_back(std::move(step));
 }
 
 StoreReplay::StoreReplay(std::string const& directory)

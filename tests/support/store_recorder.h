@@ -23,8 +23,18 @@ struct StoreStep
     std::uint64_t offset;
     std::string bytes = {};
 
+    // Who sees the store sees the stores before it, too; whether that is its own doing, or that of
+    // a fence between it and the store before it, which works for all stores behind the fence.
+    bool released = false;
+    bool fenced = false;
+
     bool lengthens() const { return bytes.empty(); }
-    bool operator==(StoreStep const&) const = default;
+
+    // The same store; how it is ordered does not count.
+    bool operator==(StoreStep const& other) const
+    {
+        return file == other.file && offset == other.offset && bytes == other.bytes;
+    }
 };
 
 // "slots@208: 0a000000", or "slots to 400 bytes".
@@ -36,14 +46,19 @@ class StoreRecorder final : public StoreObserver
 public:
     explicit StoreRecorder(TableWriter const& writer) : writer_(writer), observing_(*this) {}
 
-    void beforeStore(void* address, std::size_t size, void const* bytes) override;
+    void beforeStore(void* address, std::size_t size, void const* bytes,
+                     std::memory_order order) override;
+    void beforeReleaseFence() override { fenced_ = true; }
     void beforeLengthen(std::uint64_t size) override;
 
     std::vector<StoreStep> steps;
 
 private:
+    void record(StoreStep step);
+
     TableWriter const& writer_;
     ObserveStores observing_;
+    bool fenced_ = false;
 };
 
 // The stores of one operation, which is carried out.

@@ -24,7 +24,7 @@ class DiesAfter final : public StoreObserver
 {
 public:
     explicit DiesAfter(int stores) : left_(stores) {}
-    void beforeStore(void*, std::size_t, void const*) override { live(); }
+    void beforeStore(void*, std::size_t, void const*, std::memory_order) override { live(); }
     void beforeLengthen(std::uint64_t) override { live(); }
 
 private:

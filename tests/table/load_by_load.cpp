@@ -24,9 +24,12 @@ LoadByLoad::~LoadByLoad()
 
 }  // namespace QuaskTesting
 
-void Mem::schedulePoint()
+void Mem::schedulePoint(void const* /*address*/, std::size_t /*size*/, std::memory_order /*order*/)
 {
     if (current != nullptr) {
         current->beforeLoad();
     }
 }
+
+void Mem::scheduleFence() {}
+void Mem::scheduleFileSize() {}

@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+
+#include "interleave/memories.h"
+#include "interleave/scenario.h"
+
+// Walks beside a writer that may do its next store in front of any load, and on a machine that may
+// show it the stores in any order that the language allows.
+namespace {
+
+using namespace QuaskTesting;
+
+std::string testName(testing::TestParamInfo<Operation> const& info)
+{
+    std::string name;
+    bool capital = true;
+    for (char const c : std::string(info.param.name)) {
+        if (c != ' ') {
+            name += capital ? static_cast<char>(std::toupper(c)) : c;
+        }
+        capital = c == ' ';
+    }
+    return name;
+}
+
+class WalkBeside : public testing::TestWithParam<Operation>
+{
+protected:
+    // Walks beside the operation alone and followed by any other.
+    template <typename Memory>
+    Exploration walkBesideSinglesAndPairs()
+    {
+        Exploration all;
+        forSinglesAndPairs(GetParam(), [&](Scenario& scenario, std::string const& name) {
+            Exploration const result = scenario.walk<Memory>();
+            EXPECT_EQ(result.violation, "") << name;
+            all += result;
+        });
+        report(all);
+        return all;
+    }
+};
+
+TEST_P(WalkBeside, FindsWhatWasThereInEveryInterleaving)
+{
+    Exploration const all = walkBesideSinglesAndPairs<InterleavedMemory>();
+    EXPECT_GT(all.restarts, 0u);
+    EXPECT_GT(all.lookasideHits, 0u);
+    EXPECT_GT(all.remaps, 0u);
+}
+
+TEST_P(WalkBeside, FindsWhatWasThereHoweverWeaklyOrdered)
+{
+    Exploration const all = walkBesideSinglesAndPairs<WeaklyOrderedMemory>();
+    EXPECT_GT(all.restarts, 0u);
+    EXPECT_GT(all.lookasideHits, 0u);
+    EXPECT_GT(all.remaps, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, WalkBeside, testing::ValuesIn(allOperations()), testName);
+
+template <typename Memory>
+class Walk : public testing::Test
+{};
+
+TYPED_TEST_SUITE(Walk, BothMemories, MemoryNames);
+
+// The words of a value are of 8, 4 and 1 bytes; a value of 13 bytes has all three.
+TYPED_TEST(Walk, FindsValuesOfAnySizeWhole)
+{
+    Exploration all;
+    for (std::uint32_t const valueSize : {8u, 12u, 13u, 24u}) {
+        SmallTable::Shape shape;
+        shape.valueSize = valueSize;
+        for (Operation const& first : allOperations()) {
+            Scenario single(shape, {first});
+            all += single.walk<TypeParam>();
+        }
+        Operation const update = {"", [](SmallTable& table) { return table.update(2); }};
+        Scenario sameSlot(shape, {update, update});
+        all += sameSlot.walk<TypeParam>();
+    }
+    EXPECT_EQ(all.violation, "");
+    EXPECT_GT(all.lookasideHits, 0u);
+    report(all);
+}
+
+// The slot file fills its page: growth by one slot moves the reader's mapping, and with it the
+// links that it stands on.
+TYPED_TEST(Walk, GoesOnInAMappingThatMoved)
+{
+    SmallTable::Shape shape;
+    shape.freeSlots = 0;
+    shape.others = 116;
+    Operation const grow = {"", [](SmallTable& table) { return table.grow(1); }};
+    Exploration all;
+    for (Operation const& other : allOperations()) {
+        for (auto const& operations : {std::vector{grow, other}, std::vector{other, grow}}) {
+            Scenario scenario(shape, operations);
+            if (scenario.isPossible()) {
+                Exploration const result = scenario.walk<TypeParam>();
+                EXPECT_EQ(result.violation, "") << other.name;
+                all += result;
+            }
+        }
+    }
+    EXPECT_GT(all.movedRemaps, 0u);
+    report(all);
+}
+
+TYPED_TEST(Walk, MayBeginWithTheSetUpWhileTheTableChanges)
+{
+    Exploration all;
+    for (std::uint32_t const freeSlots : {0u, 1u}) {
+        for (Operation const& operation : allOperations()) {
+            SmallTable::Shape shape;
+            shape.freeSlots = freeSlots;
+            Scenario scenario(shape, {operation});
+            Exploration const result = scenario.setUpAndWalk<TypeParam>();
+            EXPECT_EQ(result.violation, "") << operation.name;
+            all += result;
+        }
+    }
+    report(all);
+}
+
+}  // namespace
