@@ -1,0 +1,164 @@
+// Where the output cannot go, and what interrupts it.
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "faults/blocked_scan.h"
+#include "faults/faults_fixture.h"
+
+namespace {
+
+using QuaskTesting::BlockedScan;
+using QuaskTesting::bytesOf;
+using QuaskTesting::ChildProcess;
+using QuaskTesting::Command;
+using QuaskTesting::Finished;
+
+class OutputFault : public QuaskTesting::FaultsTest
+{
+protected:
+    OutputFault() { makeSmall("feed"); }
+
+    // Runs with the shell's redirections.
+    Finished redirected(std::string const& redirections, std::vector<std::string> arguments) const
+    {
+        Command command = this->command(std::move(arguments));
+        command.words.insert(command.words.begin(),
+                             {"/bin/sh", "-c", "exec \"$@\" " + redirections, "sh"});
+        return QuaskTesting::run(command);
+    }
+};
+
+std::string const cannotWrite = "Error writing to standard output\n";
+
+TEST_F(OutputFault, AFullDeviceIsAnErrorOfEveryReport)
+{
+    for (std::vector<std::string> const& arguments : std::vector<std::vector<std::string>>{
+             {"feed"}, {"-x", "feed"}, {"-w", "feed"}, {"--help"}}) {
+        expectFinished(redirected("> /dev/full", arguments), "", cannotWrite, 1);
+    }
+}
+
+TEST_F(OutputFault, AFullDeviceIsAnErrorOfALongScan)
+{
+    large().writeTo(root, "large");
+    expectFinished(redirected("> /dev/full", {"large"}), "", cannotWrite, 1);
+}
+
+TEST_F(OutputFault, AClosedStandardOutputIsAnError)
+{
+    expectFinished(redirected(">&-", {"feed"}), "", cannotWrite, 1);
+    expectFinished(redirected(">&-", {"-x", "feed"}), "", cannotWrite, 1);
+}
+
+TEST_F(OutputFault, AClosedStandardErrorChangesNothingElse)
+{
+    expectFinished(redirected("2>&-", {"feed"}), smallScan, "", 0);
+    expectFinished(redirected("2>&-", {"nowhere"}), "", "", 1);
+    expectFinished(redirected("2>&- > /dev/full", {"feed"}), "", "", 1);
+}
+
+TEST_F(OutputFault, AClosedStandardInputIsNotMissed)
+{
+    expectFinished(redirected("<&-", {"feed"}), smallScan, "", 0);
+}
+
+TEST_F(OutputFault, WithAllDescriptorsClosedNothingIsWrittenAnywhere)
+{
+    std::string const slots = root.path() + "/feed/slots";
+    std::string const before = small().slotsFile();
+    expectFinished(redirected("<&- >&- 2>&-", {"feed"}), "", "", 1);
+    std::ifstream file(slots, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), before);
+}
+
+TEST_F(OutputFault, AReaderThatIsGoneEndsTheRunQuietly)
+{
+    large().writeTo(root, "large");
+    BlockedScan scan(command({"large"}));
+    Finished const finished = scan.abandon();
+    EXPECT_EQ(finished.signal, SIGPIPE);
+    EXPECT_EQ(finished.err, "");
+}
+
+TEST_F(OutputFault, APipeThatDoesNotBlockIsWaitedFor)
+{
+    large().writeTo(root, "large");
+    std::string const whole = quask({"large"}).out;
+    BlockedScan scan(command({"large"}), O_NONBLOCK);
+    Finished const finished = scan.finish();
+    EXPECT_TRUE(finished.out == whole);
+    EXPECT_EQ(finished.err, "");
+    EXPECT_EQ(finished.exitStatus, 0);
+}
+
+TEST_F(OutputFault, AReportFileThatCannotBeOpenedIsAnError)
+{
+    std::string const path = root.path() + "/missing/out";
+    expectFinished(quask({"-f", path}), "",
+                   "Error opening " + path + "\nFailed to initialize QuaskClientScanner.\n", 1);
+}
+
+// A table whose scan shows three lines at once and then has millions of empty buckets to walk,
+// which it does not show.
+class Interrupted : public OutputFault
+{
+protected:
+    Interrupted()
+    {
+        QuaskTesting::TableImage image = QuaskTesting::TableImage::of("int", 4).buckets(8000000);
+        for (std::uint32_t i = 0; i < 3; ++i) {
+            image.chain(i, {{i, bytesOf(i)}});
+        }
+        image.writeTo(root, "long");
+    }
+
+    // The signal comes after a random while, until it has met the scan behind the lines; whenever
+    // it comes, no other text may be there than whole lines from the first on.
+    void expectFinishedLinesAtSignal(int number)
+    {
+        std::string const whole = quask({"long"}).out;
+        std::string const lines = whole.substr(0, whole.find("Lookaside"));
+        std::minstd_rand random(1);
+        bool met = false;
+        for (int attempts = 0; attempts < 1000 && !met && !HasFailure(); ++attempts) {
+            ChildProcess process(command({"long"}));
+            usleep(static_cast<useconds_t>(random() % 60000));
+            process.kill(number);
+            Finished const finished = process.finish();
+            EXPECT_EQ(finished.err, "");
+            EXPECT_TRUE(whole.starts_with(finished.out)) << finished.out;
+            EXPECT_TRUE(finished.out.empty() || finished.out.back() == '\n') << finished.out;
+            met = finished.signal == number && finished.out == lines;
+        }
+        EXPECT_TRUE(met);
+    }
+};
+
+TEST_F(Interrupted, BySigtermAScanLeavesTheFinishedLines)
+{
+    expectFinishedLinesAtSignal(SIGTERM);
+}
+
+TEST_F(Interrupted, BySigintAScanLeavesTheFinishedLines)
+{
+    expectFinishedLinesAtSignal(SIGINT);
+}
+
+TEST_F(Interrupted, BySigtermAScanWhoseReaderTakesNothingEnds)
+{
+    large().writeTo(root, "large");
+    BlockedScan scan(command({"large"}));
+    scan.process().kill(SIGTERM);
+    EXPECT_EQ(scan.finishUnread().signal, SIGTERM);
+}
+
+}  // namespace

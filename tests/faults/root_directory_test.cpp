@@ -1,0 +1,243 @@
+// Root directories, names and permissions out of the ordinary.
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "clients/all_tables.h"
+#include "faults/faults_fixture.h"
+#include "support/mapping_client.h"
+#include "support/process_list_lock.h"
+
+namespace {
+
+using QuaskTesting::bytesOf;
+using QuaskTesting::Command;
+using QuaskTesting::Finished;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::string const figures =
+    "Capacity: slots:1024 buckets:1 primary_notifications:0 secondary_notifications:0\n"
+    "Occupied slots: 1\n";
+
+class RootDirectory : public QuaskTesting::FaultsTest
+{
+protected:
+    // Runs with the directory `relative` below the private root as the root directory.
+    Finished quaskOn(std::string const& relative, std::vector<std::string> arguments) const
+    {
+        Command command = this->command(std::move(arguments));
+        command.environment["QUASK_TEST_ROOT"] = root.path() + "/" + relative;
+        return QuaskTesting::run(command);
+    }
+
+    // Tables t0, t1, ... whose files are those of one table, so that many take little memory.
+    void makeTables(int count) const
+    {
+        makeSmall("t0");
+        for (int i = 1; i < count; ++i) {
+            std::string const table = root.path() + "/t" + std::to_string(i);
+            std::filesystem::create_directory(table);
+            for (char const* const file : {"/buckets", "/slots", "/vandral.1", "/vandral.2"}) {
+                std::filesystem::create_hard_link(root.path() + "/t0" + file, table + file);
+            }
+        }
+    }
+};
+
+TEST_F(RootDirectory, ThatIsASymbolicLinkIsFollowed)
+{
+    makeSmall("real/feed");
+    std::filesystem::create_symlink("real", root.path() + "/link");
+    expectFinished(quaskOn("link", {"feed"}), smallScan, "", 0);
+    EXPECT_THAT(quaskOn("link", {"-x", "feed"}).out,
+                StartsWith("Quask table \"" + root.path() + "/link/feed\"\n"));
+}
+
+TEST_F(RootDirectory, ThatIsASymbolicLinkHidesTheClients)
+{
+    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::shared);
+    makeSmall("real/feed");
+    std::filesystem::create_symlink("real", root.path() + "/link");
+    QuaskTesting::MappingClient const client({root.path() + "/link/feed/slots:r"});
+    expectFinished(
+        quaskOn("link", {"-w", "feed"}),
+        "Quask table \"" + root.path() + "/link/feed\"\n" + figures + "Clients: None\n\n", "", 0);
+}
+
+TEST_F(RootDirectory, ThatIsMissingAFileOrABrokenLinkEndsTheSearch)
+{
+    root.writeFile("file", "");
+    std::filesystem::create_symlink("nowhere", root.path() + "/link");
+    for (char const* const name : {"missing", "file", "link"}) {
+        expectFinished(quaskOn(name, {"feed"}), "", "Error searching for tables\n", 1);
+    }
+}
+
+TEST_F(RootDirectory, ThatIsMissingEndsTheReportOnAllTables)
+{
+    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::alone);
+    if (!QuaskTesting::allTablesCanBeReported("/nonexistent")) {
+        GTEST_SKIP() << "a process that is not the test's has a table mapped";
+    }
+    Command command = this->command({"-a"});
+    command.environment["QUASK_TEST_ROOT"] = "/nonexistent";
+    expectFinished(QuaskTesting::run(command), "",
+                   "Error searching for tables\nError adding clientless Quasks\n", 1);
+}
+
+TEST_F(RootDirectory, ThatIsEmptyHoldsNoTable)
+{
+    root.makeDirectory("empty");
+    expectFinished(quaskOn("empty", {"feed"}), "", "No table was found.\n", 1);
+}
+
+TEST_F(RootDirectory, WithAHundredThousandTablesIsListed)
+{
+    constexpr int count = 100000;
+    makeTables(count);
+    Finished const list = quask({});
+    EXPECT_EQ(list.exitStatus, 1);
+    EXPECT_THAT(list.err, StartsWith("More than one table was found. Try again using one of the "
+                                     "following tables:\n  - t"));
+    EXPECT_EQ(std::count(list.err.begin(), list.err.end(), '\n'), count + 1);
+    expectFinished(quask({"t99999"}), smallScan, "", 0);
+}
+
+TEST_F(RootDirectory, WithAHundredThousandTablesIsReportedOn)
+{
+    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::alone);
+    if (!QuaskTesting::allTablesCanBeReported(root.path())) {
+        GTEST_SKIP() << "a process that is not the test's has a table mapped";
+    }
+    constexpr int count = 100000;
+    makeTables(count);
+    Finished const report = quask({"-a"});
+    EXPECT_EQ(report.exitStatus, 0);
+    EXPECT_EQ(report.err, "");
+    // Tables that other processes have mapped may stand there, too.
+    EXPECT_GE(std::count(report.out.begin(), report.out.end(), '\n'), 5 * count);
+    std::string const title = "Quask table \"" + root.path();
+    for (char const* const name : {"/t0", "/t99999"}) {
+        EXPECT_THAT(report.out, HasSubstr(title + name + "\"\n" + figures + "Clients: None\n\n"));
+    }
+}
+
+TEST_F(RootDirectory, WithATableSixtyFourLevelsBelowItIsSearched)
+{
+    std::string deep;
+    for (int level = 1; level < 64; ++level) {
+        deep += "level/";
+    }
+    makeSmall(deep + "feed");
+    expectFinished(quask({"feed"}), smallScan, "", 0);
+    expectFinished(quask({"/" + deep + "feed"}), smallScan, "", 0);
+}
+
+TEST_F(RootDirectory, MayHoldTablesOfEveryName)
+{
+    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::shared);
+    for (std::string const& name :
+         {std::string("two words"), std::string("two\nlines"), std::string("\"quotes\" 'both'"),
+          std::string("h\xc3\xb6he"), std::string("\xff\xfe"), std::string("-x"),
+          std::string("%s%n"), std::string(255, 'n')}) {
+        SCOPED_TRACE(name);
+        makeSmall(name);
+        expectFinished(quask({"--", name}), smallScan, "", 0);
+        Finished const headers = quask({"-x", "--", name});
+        EXPECT_THAT(headers.out,
+                    StartsWith("Quask table \"" + root.path() + "/" + name + "\"\n\n"));
+        EXPECT_EQ(headers.exitStatus, 0);
+        expectFinished(
+            quask({"-w", "--", name}),
+            "Quask table \"" + root.path() + "/" + name + "\"\n" + figures + "Clients: None\n\n",
+            "", 0);
+        std::filesystem::remove_all(root.path() + "/" + name);
+    }
+}
+
+// As an ordinary user on files that root keeps for itself.
+class Forbidden : public RootDirectory
+{
+protected:
+    static constexpr unsigned nobody = 65534;
+
+    void SetUp() override
+    {
+        if (getuid() != 0) {
+            GTEST_SKIP() << "only root can become another user";
+        }
+        chmod(root.path().c_str(), 0755);
+        makeSmall("feed");
+        if (Finished const run = asNobody({"--help"}); run.exitStatus != 0) {
+            GTEST_SKIP() << "an ordinary user cannot start the program here";
+        }
+        expectFinished(asNobody({"feed"}), smallScan, "", 0);
+    }
+
+    Finished asNobody(std::vector<std::string> arguments) const
+    {
+        Command command = this->command(std::move(arguments));
+        command.userId = nobody;
+        return QuaskTesting::run(command);
+    }
+
+    void forbid(std::string const& relative) const
+    {
+        chmod((root.path() + "/" + relative).c_str(), 0);
+    }
+};
+
+TEST_F(Forbidden, AnUnreadableTableFileCannotBeScanned)
+{
+    for (char const* const file : {"slots", "buckets"}) {
+        forbid(std::string("feed/") + file);
+        expectFinished(asNobody({"feed"}), "", "Error attaching to Quask feed\n", 1);
+        chmod((root.path() + "/feed/" + file).c_str(), 0644);
+    }
+}
+
+TEST_F(Forbidden, AnUnreadableTableFileHasNoFigures)
+{
+    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::shared);
+    forbid("feed/slots");
+    forbid("feed/vandral.1");
+    expectFinished(asNobody({"-w", "feed"}),
+                   "Quask table \"" + root.path() +
+                       "/feed\"\nCapacity: slots:NA buckets:NA primary_notifications:NA "
+                       "secondary_notifications:NA\nOccupied slots: NA\nClients: None\n\n",
+                   "", 0);
+}
+
+TEST_F(Forbidden, AnUnreadableTableDirectoryIsLeftOut)
+{
+    forbid("feed");
+    expectFinished(asNobody({"feed"}), "", "No table was found.\n", 1);
+}
+
+TEST_F(Forbidden, AnUnreadableRootDirectoryEndsTheSearch)
+{
+    chmod(root.path().c_str(), 0);
+    expectFinished(asNobody({"feed"}), "", "Error searching for tables\n", 1);
+}
+
+TEST_F(Forbidden, TheProcessesOfOthersAreMissingFromTheReport)
+{
+    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::shared);
+    QuaskTesting::MappingClient const client({root.path() + "/feed/slots:r"});
+    Command command = this->command({"-w", "feed"});
+    command.userId = nobody;
+    command.environment.erase("J5_CHROOT");
+    command.unset.push_back("J5_CHROOT");
+    expectFinished(QuaskTesting::run(command),
+                   "You should run this command as root.\nQuask table \"" + root.path() +
+                       "/feed\"\n" + figures + "Clients: None\n\n",
+                   "", 0);
+}
+
+}  // namespace

@@ -1,0 +1,110 @@
+// The client reports while processes come and go.
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <filesystem>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "clients/all_tables.h"
+#include "faults/faults_fixture.h"
+#include "support/mapping_client.h"
+#include "support/process_list_lock.h"
+
+namespace {
+
+using QuaskTesting::Finished;
+using QuaskTesting::MappingClient;
+using testing::HasSubstr;
+
+// A process that has a table's slot file mapped and starts others, which inherit the mapping and
+// end at once, as fast as it can: some hundred to some thousand a second.
+class Churn
+{
+public:
+    explicit Churn(std::string const& slotFile)
+    {
+        pid_t const parent = getpid();
+        pid_ = fork();
+        if (pid_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            int const file = open(slotFile.c_str(), O_RDONLY | O_CLOEXEC);
+            mmap(nullptr, 4096, PROT_READ, MAP_SHARED, file, 0);
+            while (getppid() == parent) {
+                startAndReap();
+            }
+            _exit(0);
+        }
+    }
+    Churn(Churn const&) = delete;
+    Churn& operator=(Churn const&) = delete;
+    ~Churn()
+    {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+
+private:
+    // A few at a time, so that there are always some that are just ending.
+    static void startAndReap()
+    {
+        for (int i = 0; i < 4; ++i) {
+            if (fork() == 0) {
+                _exit(0);
+            }
+        }
+        while (waitpid(-1, nullptr, 0) > 0) {
+        }
+    }
+
+    pid_t pid_;
+};
+
+// Alone: the processes that come and go would show up in the reports of other tests.
+class VanishingProcesses : public QuaskTesting::FaultsTest
+{
+protected:
+    VanishingProcesses() { makeSmall("feed"); }
+
+    void expectSoundReports(std::vector<std::string> const& arguments) const
+    {
+        std::string const feed = root.path() + "/feed";
+        MappingClient const writer({feed + "/slots:rw", feed + "/vandral.1:rw"});
+        Churn const churn(feed + "/slots");
+        std::string const title =
+            "Quask table \"" + feed +
+            "\"\nCapacity: slots:1024 buckets:1 primary_notifications:0 secondary_notifications:0\n"
+            "Occupied slots: 1\nWriter: mapping_client-" +
+            std::to_string(writer.pid()) +
+            "(mapping_client) \nShadow: None\nKeyshadow: None\nReader: ";
+        for (int i = 0; i < 50 && !HasFailure(); ++i) {
+            Finished const report = quask(arguments);
+            EXPECT_THAT(report.out, HasSubstr(title));
+            EXPECT_EQ(report.err, "");
+            EXPECT_EQ(report.exitStatus, 0);
+        }
+    }
+
+    QuaskTesting::ProcessListLock const lock{QuaskTesting::ProcessListLock::Mode::alone};
+};
+
+TEST_F(VanishingProcesses, DoNotDisturbTheReportOnATable)
+{
+    expectSoundReports({"-w", "feed"});
+}
+
+TEST_F(VanishingProcesses, DoNotDisturbTheReportOnAllTables)
+{
+    if (!QuaskTesting::allTablesCanBeReported(root.path())) {
+        GTEST_SKIP() << "a process that is not the test's has a table mapped";
+    }
+    expectSoundReports({"-a"});
+}
+
+}  // namespace

@@ -1,0 +1,128 @@
+// What happens to a table's files while they are scanned. The scan stands still meanwhile.
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "faults/blocked_scan.h"
+#include "faults/faults_fixture.h"
+
+namespace {
+
+using QuaskTesting::BlockedScan;
+using QuaskTesting::Finished;
+
+// What the tool collects before it writes, at least.
+constexpr std::size_t outputBuffer = 240 * 1024;
+
+class VanishingTable : public QuaskTesting::FaultsTest
+{
+protected:
+    VanishingTable() { large().writeTo(root, "feed"); }
+
+    // The file is cut to half of its length, in pages, under the scan.
+    void expectEndAtTheCut(std::string const& name)
+    {
+        std::string const whole = quask({"feed"}).out;
+        std::string const path = directory + "/" + name;
+        BlockedScan scan(command({"feed"}));
+        std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2 / 4096 * 4096);
+        Finished const finished = scan.finish();
+        EXPECT_EQ(finished.err,
+                  "Quask table file " + path + " was cut short while it was being read\n");
+        EXPECT_EQ(finished.exitStatus, 1);
+        // All that was read is there, in whole lines, and it is more than the buffer that was full
+        // before the cut.
+        EXPECT_GT(finished.out.size(), whole.size() / 3);
+        EXPECT_LT(finished.out.size(), whole.size() * 2 / 3);
+        EXPECT_GT(finished.out.size(), outputBuffer);
+        EXPECT_EQ(finished.out.back(), '\n');
+        EXPECT_TRUE(whole.starts_with(finished.out));
+    }
+
+    // The files go, and the scan does not mind: it has them mapped.
+    template <typename Fault>
+    void expectWholeScan(Fault const& fault)
+    {
+        std::string const whole = quask({"feed"}).out;
+        BlockedScan scan(command({"feed"}));
+        fault();
+        Finished const finished = scan.finish();
+        EXPECT_EQ(finished.err, "");
+        EXPECT_EQ(finished.exitStatus, 0);
+        EXPECT_TRUE(finished.out == whole);
+    }
+
+    std::string const directory = root.path() + "/feed";
+};
+
+TEST_F(VanishingTable, ASlotFileCutShortUnderAScanEndsItBehindTheLinesBefore)
+{
+    expectEndAtTheCut("slots");
+}
+
+TEST_F(VanishingTable, ABucketFileCutShortUnderAScanEndsItBehindTheLinesBefore)
+{
+    expectEndAtTheCut("buckets");
+}
+
+TEST_F(VanishingTable, ASlotFileEmptiedUnderAScanEndsItBehindTheLinesBefore)
+{
+    std::string const whole = quask({"feed"}).out;
+    BlockedScan scan(command({"feed"}));
+    std::filesystem::resize_file(directory + "/slots", 0);
+    Finished const finished = scan.finish();
+    EXPECT_EQ(finished.err,
+              "Quask table file " + directory + "/slots was cut short while it was being read\n");
+    EXPECT_EQ(finished.exitStatus, 1);
+    EXPECT_GT(finished.out.size(), outputBuffer);
+    EXPECT_EQ(finished.out.back(), '\n');
+    EXPECT_TRUE(whole.starts_with(finished.out));
+}
+
+TEST_F(VanishingTable, ATableDeletedUnderAScanIsStillScanned)
+{
+    expectWholeScan([&] { std::filesystem::remove_all(directory); });
+}
+
+TEST_F(VanishingTable, ATableRenamedUnderAScanIsStillScanned)
+{
+    expectWholeScan([&] { std::filesystem::rename(directory, root.path() + "/other"); });
+}
+
+TEST_F(VanishingTable, ATableReplacedUnderAScanIsScannedAsItWasBefore)
+{
+    expectWholeScan([&] {
+        std::filesystem::remove_all(directory);
+        large(1000).writeTo(root, "feed");
+    });
+    EXPECT_THAT(quask({"feed"}).out, testing::StartsWith("bucket[0] 0-->e8030000 ffffffff"));
+}
+
+TEST_F(VanishingTable, ATableWhoseFilesGetNewOnesUnderAScanIsScannedAsItWasBefore)
+{
+    expectWholeScan([&] { large(1000).writeTo(root, "feed"); });
+}
+
+TEST_F(VanishingTable, ATableWithoutABucketFileCannotBeScanned)
+{
+    large().without(QuaskTesting::TableFile::buckets).writeTo(root, "feed");
+    expectFinished(quask({"feed"}), "", "Error attaching to Quask feed\n", 1);
+}
+
+TEST_F(VanishingTable, ATableWithoutASlotFileCannotBeScanned)
+{
+    large().without(QuaskTesting::TableFile::slots).writeTo(root, "feed");
+    expectFinished(quask({"feed"}), "", "Error attaching to Quask feed\n", 1);
+}
+
+TEST_F(VanishingTable, ASlotFileCutShortBeforeAScanIsRejected)
+{
+    std::filesystem::resize_file(directory + "/slots", 100000);
+    expectFinished(quask({"feed"}),
+                   "Quask feed validation failed: SlotTable::Header::validate() bad shmem "
+                   "size:100000 wanted:1440200 for 60000 slots\n",
+                   "Error attaching to Quask feed\n", 1);
+}
+
+}  // namespace
