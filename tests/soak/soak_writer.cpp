@@ -10,6 +10,7 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace QuaskTesting {
@@ -69,6 +70,16 @@ SoakWriter::~SoakWriter()
         waitpid(pid_, nullptr, 0);
     }
     munmap(shared_, sizeof(Shared));
+}
+
+double SoakWriter::processorSeconds() const
+{
+    clockid_t clock{};
+    timespec time{};
+    if (clock_getcpuclockid(pid_, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+        return 0;
+    }
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 bool SoakWriter::isAlive() const

@@ -25,6 +25,9 @@ public:
     // Changes made so far, a thousand or so behind.
     std::uint64_t changes() const { return shared_->changes.load(std::memory_order_relaxed); }
 
+    // Seconds that it had a processor.
+    double processorSeconds() const;
+
     // True when the table has grown as far as it may.
     bool isFull() const { return shared_->full.load(std::memory_order_relaxed); }
 
