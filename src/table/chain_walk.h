@@ -66,7 +66,8 @@ public:
     // There is no limit on restarts: a chain that changes all the time keeps the walk busy.
     //
     // Throws CorruptionDetectedException when a bucket or slot lies outside the table, or a chain
-    // runs in a circle that no writer is rearranging; and what the growth step throws.
+    // runs in a circle that no writer is rearranging or through overlapping values that are more
+    // than the file can hold; and what the growth step throws.
     void run(unsigned first, unsigned count, Direction direction, bool byPosition)
     {
         unsigned const bucketCount = buckets_.bucketCount();
@@ -143,6 +144,7 @@ private:
         void const* linkAddress = bucket;
         std::uint32_t linkOwner = SlotRef::null;  // slot in which `link` lies; null: the bucket
         ChainCycle cycle;
+        std::uint64_t shownBytes = 0;
         while (!link.isNull()) {
             Reading const slot = readSlot(link.index);
             if (slot.remapped && linkOwner != SlotRef::null) [[unlikely]] {
@@ -154,6 +156,10 @@ private:
             if (cycle.closesAt(link.index, slot.next)) [[unlikely]] {
                 throwCycle(debugHandler_, index, link.index);
             }
+            shownBytes += handler_.size;
+            if (shownBytes > maximumBytes_) [[unlikely]] {
+                throwOverlap(debugHandler_, index, layout_.slotSize, handler_.size);
+            }
             if (!handler_.handleSlot(index, link, handler_.data, handler_.size, slot.lookaside,
                                      slot.sequence)) {
                 return ChainEnd::stopped;
@@ -163,6 +169,15 @@ private:
             link = slot.next;
         }
         return ChainEnd::reached;
+    }
+
+    // How many bytes of values one chain may show. Slots that lie side by side have no more than
+    // the file, and a circle of them is found by then. A damaged header may say that they overlap,
+    // and a chain of those could take any amount of memory for its text.
+    std::uint64_t maximumBytes() const
+    {
+        bool const overlap = layout_.slotSize < SlotReaderGenericTable::valueOffset + handler_.size;
+        return overlap ? 4 * std::uint64_t{slots_.readableSize()} : ~std::uint64_t{0};
     }
 
     // Where the next link of a slot that was read lies now; null when a re-map has left it outside.
@@ -195,6 +210,7 @@ private:
             }
             if (Checks::growth && slots_.doResize()) [[unlikely]] {
                 layout_ = slots_.layout(handler_.size);
+                maximumBytes_ = maximumBytes();
                 prefetch_.restart(layout_);
                 continue;
             }
@@ -241,6 +257,7 @@ private:
     Handler& handler_;
     SlotLayout layout_;  // of the current mapping
     ChainPrefetch prefetch_;
+    std::uint64_t maximumBytes_ = maximumBytes();
 };
 
 }  // namespace Quask

@@ -44,4 +44,13 @@ void throwCycle(Dovan::Platform::DebugHandler& handler, unsigned bucket, std::ui
     Dovan::logAndThrow<CorruptionDetectedException>(handler, message.str());
 }
 
+void throwOverlap(Dovan::Platform::DebugHandler& handler, unsigned bucket, std::size_t slotSize,
+                  unsigned valueSize)
+{
+    std::ostringstream message;
+    message << "QuaskReaderGeneric::scan() chain of bucket:" << bucket
+            << " is longer than the file, slot size:" << slotSize << " value size:" << valueSize;
+    Dovan::logAndThrow<CorruptionDetectedException>(handler, message.str());
+}
+
 }  // namespace Quask

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "base/debug_handler.h"
@@ -16,5 +17,10 @@ namespace Quask {
 // Throws CorruptionDetectedException: the chain of `bucket` comes back to the slot `index`.
 [[noreturn]] void throwCycle(Dovan::Platform::DebugHandler& handler, unsigned bucket,
                              std::uint32_t index);
+
+// Throws CorruptionDetectedException: values of this size in slots of that size, all in bytes, make
+// the chain of `bucket` longer than the file.
+[[noreturn]] void throwOverlap(Dovan::Platform::DebugHandler& handler, unsigned bucket,
+                               std::size_t slotSize, unsigned valueSize);
 
 }  // namespace Quask

@@ -188,6 +188,40 @@ TEST_F(ChainWalkCorruptionTest, SlotsOfSizeZeroAreAllTheLookasideSlot)
     EXPECT_THAT(handler.lines, ElementsAre("0: slot 5 07000000 s2 *", "0: done"));
 }
 
+TEST_F(ChainWalkCorruptionTest, AChainOfOverlappingValuesEndsTheWalkBeforeItTakesManyTimesTheFile)
+{
+    constexpr std::uint32_t slotCount = 100;
+    image = TableImage::of("Large", 4096).buckets(1).slots(slotCount);
+    image.slotsHeader.slotSize = 24;
+    image.bucketLinks[0].value = 0;
+    for (std::uint32_t slot = 0; slot + 1 < slotCount; ++slot) {
+        image.slotImages[slot].next.value = slot + 1;
+    }
+    image.resize(TableFile::slots, 8192);
+    handler.setSize(4096);
+    open();
+    expectThrown(
+        "QuaskReaderGeneric::scan() chain of bucket:0 is longer than the file, slot size:24 "
+        "value size:4096");
+    EXPECT_EQ(handler.lines.size(), 4 * 8192 / 4096);
+}
+
+TEST_F(ChainWalkCorruptionTest, AShortChainOfOverlappingValuesIsWalked)
+{
+    image = TableImage::of("Large", 4096).buckets(1).slots(8);
+    image.slotsHeader.slotSize = 24;
+    image.bucketLinks[0].value = 0;
+    for (std::uint32_t slot = 0; slot < 7; ++slot) {
+        image.slotImages[slot].next.value = slot + 1;
+    }
+    image.resize(TableFile::slots, 8192);
+    handler.setSize(4096);
+    open();
+    walk();
+    EXPECT_EQ(handler.lines.size(), 9u);
+    EXPECT_EQ(handler.lines.back(), "0: done");
+}
+
 TEST_F(ChainWalkCorruptionTest, ABucketCountThatWrapsEndsTheWalkWhereTheMappingEnds)
 {
     image.buckets(3).chain(1, {{0, bytesOf(1)}});
