@@ -1,0 +1,153 @@
+// A writer and a walk in two threads of one process, for ThreadSanitizer to look at both: all words
+// that they share go through atomics, so there is no race to report. What is read is checked, too.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+#include "support/hot_writer.h"
+#include "support/private_root.h"
+#include "support/proving_values.h"
+#include "table/quask_reader_generic.h"
+
+namespace {
+
+using QuaskTesting::bucketOfKey;
+using QuaskTesting::HotTable;
+using QuaskTesting::HotWriter;
+
+// Counts what is not as it should be in the chains that were walked to their ends.
+class Checker final : public Quask::ScanHandler
+{
+public:
+    Checker(unsigned valueSize, std::uint32_t buckets) : value_(valueSize), buckets_(buckets)
+    {
+        data = value_.data();
+        size = valueSize;
+    }
+
+    bool handleSlot(unsigned bucket, Quask::SlotRef const& /*ref*/, unsigned char* valueBytes,
+                    unsigned length, bool lookaside, unsigned /*sequence*/) override
+    {
+        auto const proven = QuaskTesting::provenBy(valueBytes, length);
+        violationsOfChain_ += !proven || bucketOfKey(proven->key, buckets_) != bucket ? 1 : 0;
+        stableOfChain_ += proven && QuaskTesting::isStableKey(proven->key) ? 1 : 0;
+        lookasideValues += lookaside ? 1 : 0;
+        return true;
+    }
+
+    bool done(unsigned bucket, Quask::SlotRef const& /*ref*/) override
+    {
+        violations += violationsOfChain_;
+        stable += stableOfChain_;
+        return restart(bucket);
+    }
+
+    bool restart(unsigned /*bucket*/) override
+    {
+        violationsOfChain_ = 0;
+        stableOfChain_ = 0;
+        return true;
+    }
+
+    unsigned violations = 0;
+    unsigned stable = 0;  // stable elements in finished chains
+    unsigned lookasideValues = 0;
+
+private:
+    std::vector<unsigned char> value_;
+    std::uint32_t buckets_;
+    unsigned violationsOfChain_ = 0;
+    unsigned stableOfChain_ = 0;
+};
+
+// What all walks of a test have met.
+struct Met
+{
+    std::uint64_t walks = 0;
+    std::uint64_t lookasideValues = 0;
+    std::uint64_t restarts = 0;
+    std::uint64_t remaps = 0;
+
+    bool everything(bool growing) const
+    {
+        return walks >= 20 && lookasideValues > 0 && restarts > 0 && (remaps > 0 || !growing);
+    }
+};
+
+class WriterThread : public testing::Test
+{
+protected:
+    // Walks the table until the walks have met everything, while a thread changes it.
+    void expectSoundWalks(HotTable const& table)
+    {
+        bool const growing = table.maxSlots != 0;
+        HotWriter writer(root.path() + "/hot", table);
+        std::atomic<bool> stop = false;
+        std::thread thread([&] {
+            for (unsigned i = 0; !stop.load(std::memory_order_relaxed); ++i) {
+                writer.step();
+                if (growing && i % 64 == 0) {
+                    writer.addOne();
+                }
+            }
+        });
+        Met met;
+        for (unsigned i = 0; i < 20000 && !met.everything(growing); ++i) {
+            walk(table, met);
+        }
+        stop = true;
+        thread.join();
+        EXPECT_TRUE(met.everything(growing))
+            << met.walks << " walks, " << met.lookasideValues << " lookaside values, "
+            << met.restarts << " restarts, " << met.remaps << " remaps";
+    }
+
+    static void walk(HotTable const& table, Met& met)
+    {
+        Quask::QuaskReaderGeneric reader("hot");
+        std::string error;
+        ASSERT_TRUE(reader.attach());
+        ASSERT_TRUE(reader.validate(error)) << error;
+        Checker checker(table.valueSize, table.buckets);
+        reader.scan(checker, 0, 0xffffffff, Quask::Direction::upward, true);
+        ASSERT_EQ(checker.violations, 0u);
+        ASSERT_EQ(checker.stable, table.stable);
+        ++met.walks;
+        met.lookasideValues += checker.lookasideValues;
+        met.restarts += reader.chainRestarts();
+        met.remaps += reader.readerStatistics().remaps;
+    }
+
+    QuaskTesting::PrivateRoot root;
+};
+
+TEST_F(WriterThread, ChangesSmallValuesUnderTheWalk)
+{
+    expectSoundWalks({.valueSize = 8, .buckets = 8, .stable = 100, .hot = 100});
+}
+
+TEST_F(WriterThread, ChangesValuesOfAnOddSizeUnderTheWalk)
+{
+    expectSoundWalks({.valueSize = 29, .buckets = 4, .stable = 50, .hot = 50});
+}
+
+TEST_F(WriterThread, ChangesLargeValuesUnderTheWalk)
+{
+    expectSoundWalks({.valueSize = 1000, .buckets = 4, .stable = 20, .hot = 20});
+}
+
+TEST_F(WriterThread, GrowsTheTableUnderTheWalk)
+{
+    expectSoundWalks({.valueSize = 8,
+                      .buckets = 256,
+                      .stable = 200,
+                      .hot = 50,
+                      .slots = 64,
+                      .maxSlots = 100000});
+}
+
+}  // namespace
