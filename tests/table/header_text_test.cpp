@@ -170,10 +170,10 @@ TEST(FormatSlotsHeader, OfAValueThatPointsPastTheMappingTheBytesThereAreShown)
     EXPECT_EQ(lineOf(slotsText(image), "Value type: "), "4294967295 bytes \"int\"");
 }
 
-// It is no value of its type then, whatever the type.
+// The bytes that are there are no value of the type, also where their number is that of one.
 TEST(FormatSlotsHeader, AValueThatIsCutShortIsShownInHexadecimal)
 {
-    auto image = TableImage::of("char[4000]", 4000);
+    auto image = TableImage::of("char[3904]", 4000);
     image.resize(TableFile::slots, 4096);
     image.lookaside.value = "abcd";
     std::string const shown = lineOf(slotsText(image), "Lookaside value: ");
