@@ -11,18 +11,20 @@ constexpr std::size_t smallestCapacity = 4096;
 
 void TextBuffer::grow(std::size_t count)
 {
-    if (text_ == own_.get() || ownCapacity_ < size_ + count) {
-        ownCapacity_ = std::max({size_ + count, 2 * ownCapacity_, smallestCapacity});
+    std::size_t const length = size();
+    if (text_ == own_.get() || ownCapacity_ < length + count) {
+        ownCapacity_ = std::max({length + count, 2 * ownCapacity_, smallestCapacity});
         auto larger = std::make_unique_for_overwrite<char[]>(ownCapacity_);
-        if (size_ != 0) {
-            std::memcpy(larger.get(), text_, size_);
+        if (length != 0) {
+            std::memcpy(larger.get(), text_, length);
         }
         own_ = std::move(larger);
     } else {
-        std::memcpy(own_.get(), text_, size_);
+        std::memcpy(own_.get(), text_, length);
     }
     text_ = own_.get();
-    capacity_ = ownCapacity_;
+    end_ = text_ + length;
+    limit_ = text_ + ownCapacity_;
 }
 
 }  // namespace Dovan

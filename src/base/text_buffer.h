@@ -9,40 +9,40 @@ namespace Dovan {
 
 // Text that is built piece by piece, taken as a view and cleared, many million times a run. It
 // keeps its memory when it is cleared, so that once it has grown to the longest text nothing is
-// allocated, // and never fills memory that is about to be overwritten. It may also be built in
+// allocated, and never fills memory that is about to be overwritten. It may also be built in
 // memory of somebody else's, where it is wanted in the end. One thread at a time.
 class TextBuffer
 {
 public:
-    bool empty() const { return size_ == 0; }
-    std::size_t size() const { return size_; }
+    bool empty() const { return end_ == text_; }
+    std::size_t size() const { return static_cast<std::size_t>(end_ - text_); }
 
     // Valid until the next change of the buffer.
-    std::string_view view() const { return {text_, size_}; }
+    std::string_view view() const { return {text_, size()}; }
 
-    void clear() { size_ = 0; }
+    void clear() { end_ = text_; }
 
     // Drops the text; the next is built in the `capacity` bytes at `memory` as far as they suffice,
     // else it moves to memory of the buffer's own. They must stay until the next call of this.
     void useMemory(char* memory, std::size_t capacity)
     {
         text_ = memory;
-        capacity_ = capacity;
-        size_ = 0;
+        end_ = memory;
+        limit_ = memory + capacity;
     }
 
     // Room for `count` more characters; the address to write them to. Nothing is added to the text
     // before advanceTo(). Throws std::bad_alloc.
     char* reserve(std::size_t count)
     {
-        if (capacity_ - size_ < count) [[unlikely]] {
+        if (static_cast<std::size_t>(limit_ - end_) < count) [[unlikely]] {
             grow(count);
         }
-        return text_ + size_;
+        return end_;
     }
 
     // The text now ends at `end`, an address inside what the last reserve() gave.
-    void advanceTo(char const* end) { size_ = static_cast<std::size_t>(end - text_); }
+    void advanceTo(char* end) { end_ = end; }
 
     void append(char c)
     {
@@ -62,8 +62,8 @@ private:
     void grow(std::size_t count);
 
     char* text_ = nullptr;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = 0;
+    char* end_ = nullptr;    // of the text
+    char* limit_ = nullptr;  // of the memory
     std::unique_ptr<char[]> own_;
     std::size_t ownCapacity_ = 0;
 };

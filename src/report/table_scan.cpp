@@ -26,28 +26,28 @@ public:
           out(&output),
           standardOutput_(Dovan::StandardOutput::of(output))
     {
-        useRoomOfOutput();
+        if (standardOutput_ != nullptr) {
+            useRoomOfOutput();
+        }
     }
 
     bool handleLineString(unsigned /*bucket*/, std::string_view line) override
     {
         if (standardOutput_ != nullptr) [[likely]] {
             standardOutput_->append(line);
+            useRoomOfOutput();
         } else {
             out->write(line.data(), static_cast<std::streamsize>(line.size()));
         }
-        useRoomOfOutput();
         return true;
     }
 
 private:
     void useRoomOfOutput()
     {
-        if (standardOutput_ != nullptr) {
-            std::size_t roomSize = 0;
-            char* const room = standardOutput_->lendRoom(roomSize);
-            chain.useMemory(room, roomSize);
-        }
+        std::size_t roomSize = 0;
+        char* const room = standardOutput_->lendRoom(roomSize);
+        chain.useMemory(room, roomSize);
     }
 
     std::ostream* out;

