@@ -33,6 +33,10 @@ if(QUASK_DEBIAN_LAYOUT)
     configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${documents}/changelog @ONLY)
     quask_install_document(${documents}/changelog changelog ${CMAKE_INSTALL_DOCDIR})
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    if(QUASK_HAS_STATIC_PIE)
+        install(FILES ${PROJECT_SOURCE_DIR}/packaging/lintian-overrides
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME quask)
+    endif()
 endif()
 
 include(CPack)
