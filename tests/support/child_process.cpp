@@ -45,6 +45,22 @@ void setLimit(int resource, unsigned long value)
     setrlimit(static_cast<__rlimit_resource>(resource), &limit);
 }
 
+// What runs a program that was built for another processor: the first words of its command line,
+// none for a program of this machine or in any other build.
+std::vector<char*> emulatorFor([[maybe_unused]] std::string const& program)
+{
+    std::vector<char*> words;
+#if defined(QUASK_TEST_EMULATOR)
+    static char const* const emulator[] = {QUASK_TEST_EMULATOR};
+    if (program.starts_with(QUASK_TEST_PROGRAMS)) {
+        for (char const* const word : emulator) {
+            words.push_back(const_cast<char*>(word));
+        }
+    }
+#endif
+    return words;
+}
+
 // In the new process: never returns.
 [[noreturn]] void become(Command const& command, Pipe const& in, Pipe const& out, Pipe const& err)
 {
@@ -73,7 +89,7 @@ void setLimit(int resource, unsigned long value)
     if (command.userId != 0 && (setgid(command.userId) != 0 || setuid(command.userId) != 0)) {
         _exit(126);
     }
-    std::vector<char*> words;
+    std::vector<char*> words = emulatorFor(command.words[0]);
     for (std::string const& word : command.words) {
         words.push_back(const_cast<char*>(word.c_str()));
     }
