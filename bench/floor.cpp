@@ -26,7 +26,8 @@ namespace {
 
 constexpr std::uint32_t none = 0xffffffff;
 constexpr std::size_t outputSize = 256 * 1024;
-constexpr std::uint32_t batchSize = 64;
+constexpr std::uint32_t batchSize = 16;
+constexpr std::uint32_t levels = 4;  // of chains that are asked for ahead
 
 struct File
 {
@@ -128,6 +129,13 @@ void putBytes(unsigned char const* bytes, std::size_t size)
 #endif
 }
 
+// Slots of one batch of buckets that were asked for.
+struct Wanted
+{
+    unsigned char* slots[batchSize + 1];
+    std::uint32_t count;
+};
+
 struct Walk
 {
     File buckets;
@@ -139,6 +147,7 @@ struct Walk
     std::uint32_t mappedVersion;
     bool printing;
     bool printEmpty;
+    Wanted ahead[levels] = {};
     std::uint32_t restarts = 0;
     std::uint32_t hits = 0;
 
@@ -147,31 +156,41 @@ struct Walk
         return slots.bytes + 176 + std::size_t{slotSize} * (std::size_t{index} + 1);
     }
 
-    // Asks for all slots of the chains of a batch, level by level.
-    void prefetch(std::uint32_t first, std::uint32_t last) const
+    // Asks for the slots that `count` links lead to, and lists those there are. The links lie
+    // behind each other, or at the addresses of the slots of another list.
+    template <typename LinkAt>
+    void request(Wanted& wanted, std::uint32_t count, LinkAt linkAt) const
     {
-        unsigned char* wanted[batchSize + 1];
-        std::uint32_t count = 0;
-        auto const add = [&](std::uint64_t word) {
-            std::uint32_t const index = indexOf(word);
-            bool const there = index < slotCount;
-            unsigned char* const address = slot(there ? index : 0);
+        unsigned char* const base = slot(0);
+        std::size_t const size = slotSize;
+        std::uint32_t const there = slotCount;
+        std::uint32_t found = 0;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            std::uint32_t const index =
+                indexOf(load<std::uint64_t>(linkAt(i), std::memory_order_relaxed));
+            unsigned char* const address = base + size * std::min(index, there);
             __builtin_prefetch(address);
-            __builtin_prefetch(address + slotSize - 1);
-            wanted[count] = address;
-            count += there ? 1 : 0;
-        };
-        for (std::uint32_t i = first; i < last; ++i) {
-            add(load<std::uint64_t>(buckets.bytes + 24 + 8 * std::size_t{i},
-                                    std::memory_order_relaxed));
+            __builtin_prefetch(address + size - 1);
+            wanted.slots[found] = address;
+            found += index < there ? 1 : 0;
         }
-        for (int level = 0; level < 6 && count != 0; ++level) {
-            std::uint32_t const arrived = count;
-            count = 0;
-            for (std::uint32_t i = 0; i < arrived; ++i) {
-                add(load<std::uint64_t>(wanted[i], std::memory_order_relaxed));
-            }
+        wanted.count = found;
+    }
+
+    // The walk begins the batch at `first`: the heads of a batch some way ahead are asked for, and
+    // the slots behind those that were asked for a batch ago and have arrived.
+    void prefetch(std::uint32_t first)
+    {
+        for (std::uint32_t level = levels - 1; level > 0; --level) {
+            Wanted const& arrived = ahead[level - 1];
+            request(ahead[level], arrived.count,
+                    [&arrived](std::uint32_t i) { return arrived.slots[i]; });
         }
+        std::uint64_t const begin = std::uint64_t{first} + batchSize * levels;
+        std::uint64_t const end = std::min<std::uint64_t>(bucketCount, begin + batchSize);
+        unsigned char* const links = buckets.bytes + 24 + 8 * begin;
+        request(ahead[0], begin < end ? static_cast<std::uint32_t>(end - begin) : 0,
+                [links](std::uint32_t i) { return links + 8 * std::size_t{i}; });
     }
 
     void copyValue(unsigned char* from, unsigned char* value) const
@@ -245,7 +264,7 @@ struct Walk
     {
         for (std::uint32_t first = 0; first < bucketCount; first += batchSize) {
             std::uint32_t const last = std::min(bucketCount, first + batchSize);
-            prefetch(first, last);
+            prefetch(first);
             for (std::uint32_t bucket = first; bucket < last; ++bucket) {
                 char* const lineStart = out;
                 while (!chain(bucket)) {
