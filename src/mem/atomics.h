@@ -98,6 +98,9 @@ template <typename Word>
             std::memcpy(out + done, &word, 8);
         }
     }
+    if (done == size) [[likely]] {
+        return;
+    }
     if (Detail::isAligned(in, 4)) {
         for (; done + 4 <= size; done += 4) {
             schedulePoint(in + done, 4, std::memory_order_relaxed);

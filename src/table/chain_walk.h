@@ -78,10 +78,9 @@ public:
             count = bucketCount - first;
         }
         unsigned const end = byPosition ? first + count : bucketCount;
-        std::uint64_t const wanted = byPosition ? ~std::uint64_t{0} : count;
-        std::uint64_t visited = 0;
+        unsigned visited = 0;  // buckets with elements; means nothing with `byPosition`
         unsigned index = first;
-        while (index < end && visited < wanted) {
+        while (index < end && (byPosition || visited < count)) {
             prefetch_.advance(index);
             SlotRef const* const bucket = &buckets_.getRef(index);
             SlotRef link = loadLink(bucket);
@@ -118,7 +117,6 @@ private:
         void const* nextAddress;
         std::uint32_t sequence;
         bool lookaside;
-        bool found;  // false: the slot lies outside the table, nothing was read
     };
 
     // acquire: pairs with the writer's release store of the link, so that what the writer had
@@ -148,7 +146,8 @@ private:
         ChainCycle cycle;
         std::uint64_t shownBytes = 0;
         while (!link.isNull()) {
-            Reading const slot = readSlot(link.index);
+            Reading slot{};
+            bool const found = readSlot(link.index, slot);
             if (Checks::growth && slots_.doResize()) [[unlikely]] {
                 useNewMapping();
                 linkAddress = linkOwner == SlotRef::null ? bucket : nextLinkOf(linkOwner);
@@ -157,7 +156,7 @@ private:
                 }
                 continue;
             }
-            if (!slot.found) [[unlikely]] {
+            if (!found) [[unlikely]] {
                 throwOutsideSlots(debugHandler_, slots_, link.index);
             }
             if (!isUnchanged(linkAddress, link)) [[unlikely]] {
@@ -211,23 +210,24 @@ private:
         prefetch_.restart(layout_);
     }
 
-    // Reads the slot, its value into the handler's buffer.
-    [[gnu::always_inline]] Reading readSlot(std::uint32_t index)
+    // Reads the slot, its value into the handler's buffer. False, and nothing read, when it lies
+    // outside the table.
+    [[gnu::always_inline]] bool readSlot(std::uint32_t index, Reading& reading)
     {
         unsigned const length = std::min(slots_.liveValueSize(), handler_.size);
         if (index < layout_.reachable) [[likely]] {
-            return readFound(Mem::Atomics::knownAligned(layout_.slot(index)), length);
+            reading = readFound(Mem::Atomics::knownAligned(layout_.slot(index)), length);
+            return true;
         }
-        return readAtTheEdge(index, length);
-    }
-
-    // Reads a slot that may lie outside the table; or inside, with a value that is shorter than the
-    // handler's buffer; or that is not aligned.
-    [[gnu::always_inline]] Reading readAtTheEdge(std::uint32_t index, unsigned length)
-    {
+        // It may still be inside: with a value that is shorter than the handler's buffer, or where
+        // slots are not aligned.
         unsigned char const* const slot =
             index <= slots_.maximumIndex() ? slots_.slotAt(index, length) : nullptr;
-        return slot == nullptr ? Reading{} : readFound(slot, length);
+        if (slot == nullptr) {
+            return false;
+        }
+        reading = readFound(slot, length);
+        return true;
     }
 
     [[gnu::always_inline]] Reading readFound(unsigned char const* slot, unsigned length)
@@ -252,7 +252,7 @@ private:
             Mem::Atomics::fenceAcquire();
             std::uint32_t const again = Mem::Atomics::load32(word, std::memory_order_acquire);
             if (again == sequence || !Checks::sequence) [[likely]] {
-                return {loadLink(next), next, sequence, lookaside, true};
+                return {loadLink(next), next, sequence, lookaside};
             }
             sequence = again;
         }
