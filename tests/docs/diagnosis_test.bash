@@ -1,0 +1,92 @@
+# diagnosis_test.bash QUASK LIVE_WRITER MAPPING_CLIENT DOCUMENT: what the document shows of each fault is
+# what quask prints. A case is a comment <!-- fault: COMMANDS --> and, behind it, a block that begins
+# with the command that an operator gives. COMMANDS bring the fault about, run by bash in the directory
+# of the table "feed/eq", which is sound at the beginning of each case. Lines are compared in any order, as
+# directories name what is in them in any order.
+
+quask=$1 live_writer=$2 mapping_client=$3 document=$4
+export LC_ALL=C J5_CHROOT=1
+unset DOVAN_DEBUG POSIXLY_CORRECT
+QUASK_TEST_ROOT=$(mktemp -d /dev/shm/quask-test.XXXXXX)
+export QUASK_TEST_ROOT
+client=
+trap 'release; rm -rf "$QUASK_TEST_ROOT"' EXIT
+ulimit -c 0
+# Tests that look at all processes, or disturb those that do, run one after the other: process_list_lock.h.
+exec {all_processes}< /proc
+flock "$all_processes"
+
+quask() {
+    "$quask" "$@"
+}
+
+# For the faults. put OFFSET BYTE... writes these bytes, in hexadecimal, into the file named first.
+put() {
+    local file=$1 offset=$2
+    shift 2
+    printf '%b' "${@/#/\\x}" | dd of="$file" bs=1 seek="$offset" conv=notrunc status=none
+}
+
+# hold PROGRAM FILE:MODE...: a process that runs a copy of the client by this name has the files mapped.
+hold() {
+    local program=$1
+    shift
+    mkdir -p "$(dirname "$program")"
+    cp "$mapping_client" "$program"
+    exec {client_input}> >(exec "$program" "$@" > ready)
+    client=$!
+    until grep -q ready ready; do sleep 0.02; done
+    rm ready
+}
+
+release() {
+    [ -n "$client" ] || return
+    exec {client_input}>&-
+    wait "$client"
+    client=
+}
+
+# What the command prints, errors included, and how it ends if that is not by itself. The shell's own
+# words on a signal are left out.
+outcome() {
+    (eval "$1") 2>&1 | grep -v -e 'Aborted' -e '^$' |
+        sed "s|$QUASK_TEST_ROOT|/dev/shm/quask|g; s|\b${client:-none}\b|12227|g" | sort
+}
+
+cases=0 failures=0
+check() {
+    local fault=$1 command=$2 expected actual
+    expected=$(sort <<< "$3")
+    ((++cases))
+    rm -rf "${QUASK_TEST_ROOT:?}"/*
+    "$live_writer" "$QUASK_TEST_ROOT/feed/eq" 8 4 3 2 < /dev/null > /dev/null
+    cd "$QUASK_TEST_ROOT/feed/eq" || exit 1
+    eval "$fault"
+    cd / || exit 1
+    actual=$(outcome "$command")
+    release
+    if [ "$actual" != "$expected" ]; then
+        printf '%s\n$ %s\n' "$fault" "$command"
+        diff <(printf '%s\n' "$expected") <(printf '%s\n' "$actual") | sed 's/^</told:   /; s/^>/printed:/'
+        ((++failures))
+    fi
+}
+
+fault='' command='' expected=''
+while IFS= read -r line; do
+    case $line in
+        '<!-- fault: '*' -->')
+            fault=${line#<!-- fault: } fault=${fault% -->} ;;
+        '$ '*)
+            command=${line#\$ } expected='' ;;
+        '```')
+            if [ -n "$command" ]; then
+                check "$fault" "$command" "${expected%$'\n'}"
+                command=
+            fi ;;
+        *)
+            expected+=$line$'\n' ;;
+    esac
+done < "$document"
+printf '%d cases, %d failures\n' "$cases" "$failures"
+((cases >= 20 && failures == 0))
