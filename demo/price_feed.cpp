@@ -5,7 +5,6 @@
 #include <array>
 #include <charconv>
 #include <chrono>
-#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -21,12 +20,9 @@
 #include <vector>
 
 #include <getopt.h>
-#include <poll.h>
-#include <sys/signalfd.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "base/debug_handler.h"
+#include "stop.h"
 #include "support/root_path.h"
 #include "support/table_writer.h"
 #include "support/util.h"
@@ -34,7 +30,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 
 constexpr char const* help =
     "Usage: price_feed [OPTIONS] TABLE\n"
@@ -185,65 +180,15 @@ private:
     std::array<char, 16> text_{};
 };
 
-// Whether to stop: at a signal, or when a partner behind the standard input goes away.
-class Stop
+void run(Market& market, Demo::Stop& stop, Options const& options)
 {
-public:
-    Stop()
-    {
-        sigset_t signals;
-        sigemptyset(&signals);
-        for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
-            sigaddset(&signals, signal);
-        }
-        sigprocmask(SIG_BLOCK, &signals, nullptr);
-        std::signal(SIGPIPE, SIG_IGN);
-        std::signal(SIGTTIN, SIG_IGN);  // in the background of a terminal: read fails instead
-        watched_[0] = {signalfd(-1, &signals, SFD_CLOEXEC), POLLIN, 0};
-
-        struct stat status = {};
-        bool const hasPartner =
-            fstat(STDIN_FILENO, &status) == 0 &&
-            (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || isatty(STDIN_FILENO) != 0);
-        watched_[1] = {hasPartner ? STDIN_FILENO : -1, POLLIN, 0};
-    }
-
-    // Waits until `time`, or until there is reason to stop; whether there is.
-    bool comesBefore(Clock::time_point time)
-    {
-        for (;;) {
-            auto const left =
-                std::chrono::ceil<std::chrono::milliseconds>(time - Clock::now()).count();
-            int const ready = poll(watched_, 2, left > 0 ? static_cast<int>(left) : 0);
-            if (ready > 0 && (watched_[0].revents != 0 || inputEnded())) {
-                return true;
-            }
-            if (ready == 0) {
-                return false;
-            }
-        }
-    }
-
-private:
-    bool inputEnded()
-    {
-        char ignored[256];
-        ssize_t const got = read(STDIN_FILENO, ignored, sizeof ignored);
-        if (got < 0) {
-            watched_[1].fd = -1;
-        }
-        return got == 0;
-    }
-
-    pollfd watched_[2];
-};
-
-void run(Market& market, Stop& stop, Options const& options)
-{
-    Clock::time_point const start = Clock::now();
-    auto const isOver = [&] { return options.seconds && Clock::now() >= start + *options.seconds; };
-    for (Clock::time_point second = start; !isOver(); second += 1s) {
-        for (unsigned i = 0; Clock::now() < second + options.burst && Clock::now() < second + 1s;) {
+    Demo::Clock::time_point const start = Demo::Clock::now();
+    auto const isOver = [&] {
+        return options.seconds && Demo::Clock::now() >= start + *options.seconds;
+    };
+    for (Demo::Clock::time_point second = start; !isOver(); second += 1s) {
+        for (unsigned i = 0;
+             Demo::Clock::now() < second + options.burst && Demo::Clock::now() < second + 1s;) {
             for (int j = 0; j < 1000; ++j, ++i) {
                 if (i % 4 == 0) {
                     market.changeList();
@@ -251,14 +196,14 @@ void run(Market& market, Stop& stop, Options const& options)
                     market.changePrice();
                 }
             }
-            if (stop.comesBefore(Clock::now())) {
+            if (stop.comesBefore(Demo::Clock::now())) {
                 return;
             }
         }
         market.changeList();
         for (unsigned i = 1; i <= options.rate; ++i) {
-            Clock::time_point const time = second + i * 1'000'000us / options.rate;
-            if (time < Clock::now()) {
+            Demo::Clock::time_point const time = second + i * 1'000'000us / options.rate;
+            if (time < Demo::Clock::now()) {
                 continue;
             }
             if (stop.comesBefore(time) || isOver()) {
@@ -291,7 +236,7 @@ int main(int argc, char** argv)
     }
     int status = 0;
     try {
-        Stop stop;
+        Demo::Stop stop;
         Market market(table.directory());
         std::puts("ready");
         std::fflush(stdout);

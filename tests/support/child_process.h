@@ -25,7 +25,6 @@ struct Command
     std::vector<std::string> unset = {};                  // variables taken away first
     unsigned userId = 0;     // run as this user, when this process is root and it is not 0
     int outDescriptor = -1;  // standard output goes here instead of into Finished::out
-    bool closeOut = false;   // started without a standard output
     std::string workingDirectory = {};
     std::map<int, unsigned long> limits = {};  // RLIMIT_... to soft and hard limit
 };
