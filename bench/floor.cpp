@@ -18,14 +18,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
+#include "floor_output.h"
 
 namespace {
 
 constexpr std::uint32_t none = 0xffffffff;
-constexpr std::size_t outputSize = 256 * 1024;
 constexpr std::uint32_t batchSize = 16;
 constexpr std::uint32_t levels = 4;  // of chains that are asked for ahead
 
@@ -65,69 +62,7 @@ std::uint32_t indexOf(std::uint64_t word)
     return static_cast<std::uint32_t>(word >> 32);
 }
 
-char output[outputSize + 65536];
-char* out = output;
-char hexPairs[256][2];
 unsigned long long checksum = 0;
-
-void flush()
-{
-    char const* from = output;
-    while (from < out) {
-        ssize_t const written = write(STDOUT_FILENO, from, static_cast<std::size_t>(out - from));
-        if (written <= 0) {
-            std::exit(1);
-        }
-        from += written;
-    }
-    out = output;
-}
-
-void putText(char const* text, std::size_t size)
-{
-    std::memcpy(out, text, size);
-    out += size;
-}
-
-void putHex(std::uint32_t value)
-{
-    unsigned const digits = value == 0 ? 1 : (35 - static_cast<unsigned>(__builtin_clz(value))) / 4;
-    std::uint32_t const swapped = __builtin_bswap32(value << (32 - 4 * digits));
-    for (unsigned i = 0; i < 4; ++i) {
-        std::memcpy(out + 2 * i, hexPairs[swapped >> (8 * i) & 0xff], 2);
-    }
-    out += digits;
-}
-
-// Hexadecimal text of a multiple of 8 bytes, a blank behind every fourth byte but the last.
-void putBytes(unsigned char const* bytes, std::size_t size)
-{
-#if defined(__SSE2__)
-    __m128i const low = _mm_set1_epi8(0x0f);
-    for (std::size_t i = 0; i < size; i += 8) {
-        __m128i const value = _mm_loadl_epi64(reinterpret_cast<__m128i const*>(bytes + i));
-        __m128i const high = _mm_and_si128(_mm_srli_epi16(value, 4), low);
-        __m128i const nibbles = _mm_unpacklo_epi8(high, _mm_and_si128(value, low));
-        __m128i const letters =
-            _mm_and_si128(_mm_cmpgt_epi8(nibbles, _mm_set1_epi8(9)), _mm_set1_epi8('a' - '0' - 10));
-        __m128i const digits = _mm_add_epi8(_mm_add_epi8(nibbles, _mm_set1_epi8('0')), letters);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), digits);
-        out[8] = ' ';
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + 9), _mm_srli_si128(digits, 8));
-        out[17] = ' ';
-        out += 18;
-    }
-    --out;
-#else
-    for (std::size_t i = 0; i < size; ++i) {
-        if (i != 0 && i % 4 == 0) {
-            *out++ = ' ';
-        }
-        std::memcpy(out, hexPairs[bytes[i]], 2);
-        out += 2;
-    }
-#endif
-}
 
 // Slots of one batch of buckets that were asked for.
 struct Wanted
@@ -294,10 +229,7 @@ int main(int argc, char** argv)
         touch = touch || std::strcmp(argv[i], "touch") == 0;
         empty = empty || std::strcmp(argv[i], "empty") == 0;
     }
-    for (int i = 0; i < 256; ++i) {
-        hexPairs[i][0] = "0123456789abcdef"[i >> 4];
-        hexPairs[i][1] = "0123456789abcdef"[i & 15];
-    }
+    makeHexPairs();
     std::string const directory = argv[1];
     Walk walk{map(directory + "/buckets"), map(directory + "/slots"), 0, 0, 0, 0, 0, !touch, empty};
     std::memcpy(&walk.bucketCount, walk.buckets.bytes + 16, 4);
