@@ -1,8 +1,11 @@
 #include "support/util.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
+#include <array>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace Quask::Util {
 
@@ -37,10 +40,31 @@ bool isQuaskFile(Dovan::Platform::DebugHandler& /*handler*/, std::string const& 
            fileName == "vandral.2";
 }
 
+std::string readToEnd(int descriptor)
+{
+    std::string text;
+    std::array<char, 4096> piece;
+    for (;;) {
+        ssize_t const count = read(descriptor, piece.data(), piece.size());
+        if (count > 0) {
+            text.append(piece.data(), static_cast<std::size_t>(count));
+        } else if (count == 0) {
+            return text;
+        } else if (errno != EINTR) {
+            return {};
+        }
+    }
+}
+
 std::string readCmdline(Dovan::Platform::DebugHandler& /*handler*/, int pid)
 {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/cmdline", std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string const path = "/proc/" + std::to_string(pid) + "/cmdline";
+    int const descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return {};
+    }
+    std::string text = readToEnd(descriptor);
+    close(descriptor);
     if (!text.empty() && text.back() == '\0') {
         text.pop_back();
     }

@@ -20,6 +20,10 @@ void decodeOrvik(unsigned orvik, unsigned short& pid, unsigned short& instanceId
 // that the tool maps. The file "orvik" belongs to a table but makes none.
 bool isQuaskFile(Dovan::Platform::DebugHandler& handler, std::string const& fileName);
 
+// What the open file `descriptor` holds from where it stands to its end; empty when it cannot be
+// read. A file in /proc may fail at any time once its process has ended.
+std::string readToEnd(int descriptor);
+
 // The command line of a process, its arguments separated by blanks; empty when it cannot be read.
 std::string readCmdline(Dovan::Platform::DebugHandler& handler, int pid);
 

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -102,6 +104,23 @@ TEST_F(ReadCmdline, OnlyTheLastArgumentsEndIsDropped)
 {
     EXPECT_EQ(of({"/usr/bin/feeder", "-c", "read line", ""}), "/usr/bin/feeder -c read line ");
     EXPECT_EQ(of({"feeder"}), "feeder");
+}
+
+TEST_F(ReadCmdline, IsEmptyWhenTheProcessEndsBehindTheOpening)
+{
+    pid_t const child = fork();
+    if (child == 0) {
+        pause();
+        _exit(0);
+    }
+    std::string const path = "/proc/" + std::to_string(child) + "/cmdline";
+    int const descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    char byte = 0;
+    EXPECT_EQ(read(descriptor, &byte, 1), -1) << "it can still be read: this shows nothing";
+    EXPECT_EQ(Util::readToEnd(descriptor), "");
+    close(descriptor);
 }
 
 TEST_F(ReadCmdline, IsEmptyWhenThereIsNoSuchProcess)
