@@ -147,6 +147,11 @@ TEST_F(WhoCommand, AReportsFileThatCannotBeOpenedIsAFailure)
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err, "Error opening " + path + "\nFailed to initialize QuaskClientScanner.\n");
     EXPECT_EQ(run.exitStatus, 1);
+
+    Command traced = QuaskTesting::quask(root, {"-f", path});
+    traced.environment["DOVAN_DEBUG"] = "9";
+    EXPECT_EQ(QuaskTesting::run(traced).err.find("/proc"), std::string::npos)
+        << "no process is looked at";
 }
 
 TEST_F(WhoCommand, OfAllTablesEndsAtATableWhosePathIsNotLongerThanTheRootDirectorys)

@@ -209,6 +209,30 @@ TEST_F(ChainWalkGrowthTest, AMappingThatCannotBeHadEndsTheWalk)
     }
 }
 
+TEST_F(ChainWalkGrowthTest, SlotsThatAreNotAlignedAreFoundInAMovedMappingToo)
+{
+    image = TableImage::of("std::int32_t", 4).buckets(1);
+    image.slotsHeader.slotSize = 28;
+    image.slotsHeader.mappedCount = 3;
+    image.bucketLinks[0].value = 0;
+    image.resize(TableFile::slots, slotsFileSize(28, 3));
+    image.patch(TableFile::slots, offsetOf(0), bytesOf(packPair(0, 1)));
+    image.patch(TableFile::slots, offsetOf(1), bytesOf(packPair(0, 900)));
+    open();
+    Neighbour const taken = neighbour();
+    handler.when("0: slot 1 00000000", [this] {
+        lengthen(1000);
+        liveSlots->storeBytes(offsetOf(900), bytesOf(packPair(0, noSlot)));
+        setValue(900, bytesOf(7));
+        publish(1000);
+    });
+    walk();
+    EXPECT_THAT(handler.lines, ElementsAre("0: slot 0 00000000", "0: slot 1 00000000",
+                                           "0: slot 900 07000000", "0: done"));
+    EXPECT_EQ(statistics.movedRemaps, 1u);
+    EXPECT_EQ(restarts, 0u);
+}
+
 // What was looked up ahead lies in a mapping that is gone.
 TEST_F(ChainWalkGrowthTest, LookingAheadBeginsAnewInAMovedMapping)
 {
