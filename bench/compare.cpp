@@ -1,7 +1,8 @@
 // compare PAIRS null|pipe|FILE COMMAND_A ... -- COMMAND_B ...
 //
 // Runs two commands in turn, A B A B ..., after one run of each that does not count, with their
-// standard output on /dev/null, in a pipe that another process empties, or in FILE. Prints the
+// standard output on /dev/null, in a pipe that another process empties, or in FILE, over what the
+// run before has written: to find memory for new pages takes the system any time. Prints the
 // median wall time of each in milliseconds and the median of the ratios A/B, pair by pair: what
 // another load on the machine does to a run it mostly does to its partner, too.
 
@@ -75,7 +76,7 @@ double timeOf(Words const& words, std::string const& output)
         reader = start({cat}, ends[0], null);
         close(ends[0]);
     } else if (output != "null") {
-        out = openOutput(output, O_WRONLY | O_CREAT | O_TRUNC);
+        out = openOutput(output, O_WRONLY | O_CREAT);
     }
     auto const begin = std::chrono::steady_clock::now();
     pid_t const pid = start(words, null, out);
