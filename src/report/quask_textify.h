@@ -58,7 +58,7 @@ protected:
     bool verbose = false;  // shows each link's version and each slot's state word, in decimal
     std::string name;      // always empty; nothing reads it
     Dovan::Platform::ValuePrinter const* valuePrinter;
-    char const* typeName;     // in the mapped slot header; nothing reads it
+    char const* typeName;     // in the slot header as mapped at first; nothing reads it
     Dovan::TextBuffer chain;  // the line so far; empty until the chain's first element
     bool printEmpty;
 

@@ -8,8 +8,8 @@
 #include "table/vandral.h"
 
 // The headers of a table's files as text, whatever they hold. Each function replaces `out` with
-// lines that begin behind a title of the caller's: the first is the header's size. Nothing is
-// thrown.
+// lines that begin behind a title of the caller's: the first is the header's size. Throws
+// std::bad_alloc only.
 namespace Quask::QuaskTest {
 
 // `live` may be a mapped header.
