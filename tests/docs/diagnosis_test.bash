@@ -4,7 +4,9 @@
 # of the table "feed/eq", which is sound at the beginning of each case. Lines are compared in any order, as
 # directories name what is in them in any order.
 
-sound_quask=$1 without_atomics=$2 live_writer=$3 mapping_client=$4 document=$5
+# shellcheck disable=SC2034  # the faults use it
+without_atomics=$2
+sound_quask=$1 live_writer=$3 mapping_client=$4 document=$5
 export LC_ALL=C J5_CHROOT=1
 unset DOVAN_DEBUG POSIXLY_CORRECT
 QUASK_TEST_ROOT=$(mktemp -d /dev/shm/quask-test.XXXXXX)
@@ -35,7 +37,7 @@ hold() {
     cp "$mapping_client" "$program"
     exec {client_input}> >(exec "$program" "$@" > ready)
     client=$!
-    until grep -q ready ready; do sleep 0.02; done
+    until grep -q ready ready 2> /dev/null; do sleep 0.02; done
     rm ready
 }
 
