@@ -51,7 +51,8 @@ endfunction()
 
 quask_install_document(${documents}/quask.1 quask.1 ${CMAKE_INSTALL_MANDIR}/man1)
 quask_install_document(${documents}/quask-table.5 quask-table.5 ${CMAKE_INSTALL_MANDIR}/man5)
-foreach(document IN ITEMS README.md CHANGELOG.md SECURITY.md docs/ARCHITECTURE.md docs/diagnosis.md)
+foreach(document IN ITEMS README.md CHANGELOG.md SECURITY.md docs/ARCHITECTURE.md
+        docs/diagnosis.md docs/performance.md)
     if(EXISTS ${PROJECT_SOURCE_DIR}/${document})
         install(FILES ${PROJECT_SOURCE_DIR}/${document} DESTINATION ${CMAKE_INSTALL_DOCDIR})
     endif()
