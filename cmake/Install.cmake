@@ -51,9 +51,6 @@ endfunction()
 
 quask_install_document(${documents}/quask.1 quask.1 ${CMAKE_INSTALL_MANDIR}/man1)
 quask_install_document(${documents}/quask-table.5 quask-table.5 ${CMAKE_INSTALL_MANDIR}/man5)
-foreach(document IN ITEMS README.md CHANGELOG.md SECURITY.md docs/ARCHITECTURE.md
-        docs/diagnosis.md docs/performance.md)
-    if(EXISTS ${PROJECT_SOURCE_DIR}/${document})
-        install(FILES ${PROJECT_SOURCE_DIR}/${document} DESTINATION ${CMAKE_INSTALL_DOCDIR})
-    endif()
-endforeach()
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES docs/ARCHITECTURE.md docs/diagnosis.md docs/faults.md docs/performance.md
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)

@@ -1,5 +1,6 @@
 #include "base/debug_handler.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <iostream>

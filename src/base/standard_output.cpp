@@ -1,6 +1,5 @@
 #include "base/standard_output.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>

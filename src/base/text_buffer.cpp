@@ -1,6 +1,8 @@
 #include "base/text_buffer.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 namespace Dovan {
 namespace {

@@ -1,6 +1,9 @@
 #include "cli/command_line.h"
 
 #include <iostream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "cli/help_text.h"
 #include "cli/job_dispatch.h"

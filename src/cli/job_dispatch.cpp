@@ -4,6 +4,7 @@
 
 #include "clients/quask_client_scanner.h"
 #include "report/quask_header_scanner.h"
+#include "report/quask_scanner_base.h"
 
 namespace Quask {
 namespace {

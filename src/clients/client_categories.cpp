@@ -1,9 +1,17 @@
 // Which role a process plays for a table, and what it is called.
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
+#include "base/debug_handler.h"
+#include "clients/client_model.h"
 #include "clients/quask_client_scanner.h"
 #include "clients/require.h"
 #include "clients/tokens.h"

@@ -1,15 +1,24 @@
 // The two client reports: of one table, and of all tables.
 
+#include <cstdint>
 #include <cstdlib>
 #include <iostream>
+#include <map>
 #include <memory>
+#include <set>
+#include <string>
+#include <vector>
 
 #include <unistd.h>
 
+#include "base/debug_handler.h"
+#include "clients/client_model.h"
 #include "clients/header_figures.h"
 #include "clients/quask_client_scanner.h"
 #include "finder/table_finder.h"
 #include "support/root_path.h"
+#include "table/quask_reader_generic.h"
+#include "table/vandral_reader_generic.h"
 
 namespace Quask {
 namespace {

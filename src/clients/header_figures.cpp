@@ -1,6 +1,13 @@
 #include "clients/header_figures.h"
 
+#include <atomic>
+#include <cstdint>
+
 #include "mem/atomics.h"
+#include "mem/ver_u32.h"
+#include "table/bucket_table.h"
+#include "table/slot_table.h"
+#include "table/vandral.h"
 
 namespace Quask {
 

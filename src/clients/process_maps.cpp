@@ -2,15 +2,23 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <memory>
+#include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
+#include <dirent.h>
 #include <sys/stat.h>
 
+#include "base/debug_handler.h"
 #include "base/exception.h"
 #include "clients/maps_file.h"
 #include "clients/quask_client_scanner.h"
 #include "clients/require.h"
 #include "clients/tokens.h"
+#include "finder/dir_node.h"
 
 namespace Quask {
 namespace {

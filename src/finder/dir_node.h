@@ -5,6 +5,7 @@
 
 #include <dirent.h>
 
+#include "base/debug_handler.h"
 #include "base/debuggable.h"
 
 namespace Quask {

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "base/debug_handler.h"
 #include "base/debuggable.h"
 
 namespace Quask {

@@ -1,3 +1,6 @@
+#include <atomic>
+#include <cstdint>
+
 #include "mem/atomics.h"
 
 namespace Mem::Atomics {

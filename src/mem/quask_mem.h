@@ -2,7 +2,9 @@
 
 #include <string>
 
+#include "base/debug_handler.h"
 #include "base/debuggable.h"
+#include "support/mem_local.h"
 #include "support/mem_shared.h"
 #include "support/root_path.h"
 

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "table/header_text.h"
+#include "table/vandral.h"
 
 namespace Quask {
 

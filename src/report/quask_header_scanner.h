@@ -3,6 +3,7 @@
 #include <string>
 
 #include "report/quask_scanner_base.h"
+#include "support/root_path.h"
 #include "table/quask_reader_generic.h"
 #include "table/vandral_reader_generic.h"
 

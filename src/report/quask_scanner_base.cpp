@@ -1,6 +1,7 @@
 #include "report/quask_scanner_base.h"
 
 #include <iostream>
+#include <ostream>
 
 namespace Quask {
 

@@ -10,6 +10,7 @@
 #include "base/text_buffer.h"
 #include "support/value_printer.h"
 #include "table/scan_handler.h"
+#include "table/slot_ref.h"
 
 namespace Quask {
 

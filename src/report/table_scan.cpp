@@ -1,15 +1,27 @@
 // The table scan, the one job that every scanner has.
 
+#include <array>
+#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <new>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
 
+#include "base/debug_handler.h"
 #include "base/exception.h"
 #include "base/standard_output.h"
+#include "base/text_buffer.h"
 #include "mem/atomics.h"
 #include "report/quask_scanner_base.h"
+#include "report/quask_textify.h"
+#include "support/value_printer.h"
+#include "table/direction.h"
 #include "table/quask_reader_generic.h"
+#include "table/slot_reader_generic_table.h"
+#include "table/slot_table.h"
 
 namespace Quask {
 

@@ -3,7 +3,6 @@
 #include <array>
 #include <csignal>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include <sys/uio.h>

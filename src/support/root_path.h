@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/debug_handler.h"
 #include "base/debuggable.h"
 
 namespace Quask {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstddef>
 
 #include <fcntl.h>
 #include <unistd.h>

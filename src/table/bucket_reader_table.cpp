@@ -3,6 +3,8 @@
 #include <sstream>
 
 #include "base/exception.h"
+#include "mem/quask_mem.h"
+#include "support/mem_local.h"
 
 namespace Quask {
 

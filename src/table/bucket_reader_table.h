@@ -1,9 +1,13 @@
 #pragma once
 
 #include <algorithm>
+#include <string>
 
+#include "base/debug_handler.h"
 #include "mem/atomics.h"
+#include "support/root_path.h"
 #include "table/bucket_table.h"
+#include "table/slot_ref.h"
 
 namespace Quask {
 

@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <string>
 
+#include "base/debug_handler.h"
 #include "base/debuggable.h"
 #include "mem/quask_mem.h"
-#include "table/slot_ref.h"
+#include "support/root_path.h"
 
 namespace Quask {
 

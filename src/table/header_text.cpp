@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iomanip>
 #include <sstream>
 #include <vector>
 
 #include "base/hex.h"
 #include "mem/atomics.h"
+#include "mem/ver_u32.h"
 #include "support/util.h"
 #include "support/value_printer.h"
+#include "table/slot_ref.h"
 
 namespace Quask::QuaskTest {
 namespace {

@@ -1,15 +1,19 @@
 #pragma once
 
-#include <memory>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "base/debuggable.h"
 #include "support/root_path.h"
 #include "table/bucket_reader_table.h"
+#include "table/bucket_table.h"
 #include "table/chain_walk.h"
+#include "table/direction.h"
 #include "table/reader_statistics.h"
 #include "table/scan_handler.h"
 #include "table/slot_reader_generic_table.h"
+#include "table/slot_table.h"
 
 namespace Quask {
 

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "base/exception.h"
+#include "support/mem_local.h"
 
 namespace Quask {
 namespace {

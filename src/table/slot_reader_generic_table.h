@@ -1,9 +1,15 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
+#include "base/debug_handler.h"
 #include "mem/atomics.h"
+#include "mem/quask_mem.h"
+#include "mem/ver_u32.h"
+#include "support/root_path.h"
 #include "table/reader_statistics.h"
 #include "table/slot_table.h"
 

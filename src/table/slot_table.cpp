@@ -1,5 +1,6 @@
 #include "table/slot_table.h"
 
+#include <atomic>
 #include <ios>
 #include <string_view>
 

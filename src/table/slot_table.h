@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <string>
 
+#include "base/debug_handler.h"
 #include "base/debuggable.h"
 #include "mem/quask_mem.h"
 #include "mem/ver_u32.h"
+#include "support/root_path.h"
 #include "table/slot_ref.h"
 
 namespace Quask {

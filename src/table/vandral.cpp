@@ -1,5 +1,7 @@
 #include "table/vandral.h"
 
+#include <atomic>
+
 #include "mem/atomics.h"
 
 namespace Quask {

@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/debug_handler.h"
 #include "base/debuggable.h"
 #include "mem/quask_mem.h"
 #include "mem/ver_u32.h"
+#include "support/root_path.h"
 
 namespace Quask {
 

@@ -1,5 +1,7 @@
 #include "table/vandral_reader_generic.h"
 
+#include "support/mem_local.h"
+
 namespace Quask {
 
 VandralReaderGeneric::VandralReaderGeneric(Dovan::Platform::DebugHandler& sharedHandler,

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/debug_handler.h"
+#include "mem/quask_mem.h"
+#include "support/root_path.h"
 #include "table/vandral.h"
 
 namespace Quask {

@@ -1,6 +1,7 @@
 #include "table/walk_errors.h"
 
 #include <sstream>
+#include <string>
 
 #include "base/exception.h"
 
