@@ -12,6 +12,7 @@
 #include "table/reader_statistics.h"
 #include "table/slot_reader_generic_table.h"
 #include "table/walk_errors.h"
+#include "table/walk_limits.h"
 
 namespace Quask {
 
@@ -56,18 +57,21 @@ public:
           chainRestarts_(chainRestarts),
           handler_(scanHandler),
           layout_(slotTable.layout(scanHandler.size)),
-          prefetch_(bucketTable, layout_, scanHandler.size)
+          prefetch_(bucketTable, layout_, scanHandler.size),
+          limits_(slotTable, scanHandler.size)
     {}
 
     // Walks buckets from `first` on until the handler says stop. With `byPosition` `count` buckets,
     // cut to those there are; without it until `count` buckets with elements were read (one that is
     // walked again counts again). Walking downward, a `count` that equals `first` means one more.
     //
-    // There is no limit on restarts: a chain that changes all the time keeps the walk busy.
+    // There is no limit on restarts: a chain that changes all the time keeps the walk busy. A chain
+    // that is longer than one whose links stand still can be has changed, too.
     //
-    // Throws CorruptionDetectedException when a bucket or slot lies outside the table, or a chain
+    // Throws CorruptionDetectedException when a bucket or slot lies outside the table, when a chain
     // runs in a circle that no writer is rearranging or through overlapping values that are more
-    // than the file can hold; and what the growth step throws.
+    // than the file can hold, or when the chains hold far more elements than there are slots; and
+    // what the growth step throws.
     void run(unsigned first, unsigned count, Direction direction, bool byPosition)
     {
         unsigned const bucketCount = buckets_.bucketCount();
@@ -143,8 +147,7 @@ private:
     {
         void const* linkAddress = bucket;
         std::uint32_t linkOwner = SlotRef::null;  // slot in which `link` lies; null: the bucket
-        ChainCycle cycle;
-        std::uint64_t shownBytes = 0;
+        ChainCycle cycle(limits_.chainSlots);
         while (!link.isNull()) {
             Reading slot{};
             bool const found = readSlot(link.index, slot);
@@ -167,15 +170,18 @@ private:
                 return ChainEnd::stopped;
             }
             // A chain that ends here is neither circle nor too long. Asked just before the loop's
-            // own look at the next link, so that both are one branch: behind handleSlot() instead
-            // of before it, a scan takes 6 % to 9 % less time. The slot that closes a circle has
-            // been handed out twice by then; the chain is never finished.
+            // own look at the next link, so that both are one branch: after handleSlot() instead of
+            // before it, a scan takes 6 % to 9 % less time. The slot that closes a circle has been
+            // handed out twice by then; the chain is never finished.
             if (!slot.next.isNull()) {
-                if (cycle.closesAt(link.index, slot.next)) [[unlikely]] {
+                ChainCycle::Verdict const verdict = cycle.follow(link.index, slot.next);
+                if (verdict != ChainCycle::Verdict::goesOn) [[unlikely]] {
+                    if (verdict == ChainCycle::Verdict::rewritten) {
+                        return ChainEnd::changed;
+                    }
                     throwCycle(debugHandler_, index, link.index);
                 }
-                shownBytes += handler_.size;
-                if (shownBytes > maximumBytes_) [[unlikely]] {
+                if (cycle.steps() > limits_.overlappingSteps) [[unlikely]] {
                     throwOverlap(debugHandler_, index, layout_.slotSize, handler_.size);
                 }
             }
@@ -183,16 +189,11 @@ private:
             linkAddress = slot.nextAddress;
             link = slot.next;
         }
+        elements_ += linkOwner == SlotRef::null ? 0 : cycle.steps() + 1;
+        if (elements_ > limits_.elements) [[unlikely]] {
+            throwTooManyElements(debugHandler_, index, elements_, slots_.slotCount());
+        }
         return ChainEnd::reached;
-    }
-
-    // How many bytes of values one chain may show. Slots that lie side by side have no more than
-    // the file, and a circle of them is found by then. A damaged header may say that they overlap,
-    // and a chain of those could take any amount of memory for its text.
-    std::uint64_t maximumBytes() const
-    {
-        bool const overlap = layout_.slotSize < SlotReaderGenericTable::valueOffset + handler_.size;
-        return overlap ? 4 * std::uint64_t{slots_.readableSize()} : ~std::uint64_t{0};
     }
 
     // Where the next link of a slot that was read lies now; null when a re-map has left it outside.
@@ -206,7 +207,7 @@ private:
     void useNewMapping()
     {
         layout_ = slots_.layout(handler_.size);
-        maximumBytes_ = maximumBytes();
+        limits_ = WalkLimits(slots_, handler_.size);
         prefetch_.restart(layout_);
     }
 
@@ -266,7 +267,8 @@ private:
     Handler& handler_;
     SlotLayout layout_;  // of the current mapping
     ChainPrefetch prefetch_;
-    std::uint64_t maximumBytes_ = maximumBytes();
+    WalkLimits limits_;           // of the current mapping
+    std::uint64_t elements_ = 0;  // in the chains that were walked to their ends
 };
 
 }  // namespace Quask

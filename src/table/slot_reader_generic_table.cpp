@@ -75,6 +75,15 @@ SlotLayout SlotReaderGenericTable::layout(unsigned valueBytes) const
     return layout;
 }
 
+std::uint64_t SlotReaderGenericTable::slotCount() const
+{
+    // Slots of no bytes all lie at the same place.
+    std::size_t const inside = slotSize_ == 0 || slotsOffset_ > readableSize_
+                                   ? 0
+                                   : (readableSize_ - slotsOffset_) / slotSize_;
+    return std::min(std::uint64_t{maxIndex}, std::uint64_t{inside}) + 1;
+}
+
 bool SlotReaderGenericTable::validate(std::string& error, ValueFormat& format) const
 {
     Header const copy(*header);

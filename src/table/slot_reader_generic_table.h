@@ -96,6 +96,13 @@ public:
         return slotsOffset_ + std::size_t{slotSize_} * index;
     }
 
+    // The number of slots that an index can lead to: those that are counted and whose fixed words
+    // begin inside the mapped pages, or one more.
+    std::uint64_t slotCount() const;
+
+    // Bytes from one slot to the next, as the header said when the file was mapped.
+    unsigned slotSize() const { return slotSize_; }
+
     // The layout of the current mapping for values of `valueBytes` bytes.
     SlotLayout layout(unsigned valueBytes) const;
 

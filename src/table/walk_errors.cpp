@@ -54,4 +54,13 @@ void throwOverlap(Dovan::Platform::DebugHandler& handler, unsigned bucket, std::
     Dovan::logAndThrow<CorruptionDetectedException>(handler, message.str());
 }
 
+void throwTooManyElements(Dovan::Platform::DebugHandler& handler, unsigned bucket,
+                          std::uint64_t elements, std::uint64_t slots)
+{
+    std::ostringstream message;
+    message << "QuaskReaderGeneric::scan() the chains up to bucket:" << bucket
+            << " lead to elements:" << elements << " slots:" << slots;
+    Dovan::logAndThrow<CorruptionDetectedException>(handler, message.str());
+}
+
 }  // namespace Quask

@@ -23,4 +23,9 @@ namespace Quask {
 [[noreturn]] void throwOverlap(Dovan::Platform::DebugHandler& handler, unsigned bucket,
                                std::size_t slotSize, unsigned valueSize);
 
+// Throws CorruptionDetectedException: with the chain of `bucket` the walk has met `elements`
+// elements, far more than the `slots` slots can hold.
+[[noreturn]] void throwTooManyElements(Dovan::Platform::DebugHandler& handler, unsigned bucket,
+                                       std::uint64_t elements, std::uint64_t slots);
+
 }  // namespace Quask
