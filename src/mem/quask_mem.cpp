@@ -32,6 +32,9 @@ unsigned QuaskMem::memSize() const
     unsigned const result = localMem ? size : Shared::memSize();
     trace(*handler, 5, "QuaskMem::memSize() localMem: ", localMem, " filename: ", getFilename(),
           " memSize: ", result);
+    if (result == 0) {
+        traceFailure("memSize");
+    }
     return result;
 }
 
@@ -40,21 +43,45 @@ void* QuaskMem::attach(unsigned bytes, Mem::Mode mode)
     // The size traced is the one before this call.
     trace(*handler, 5, "QuaskMem::attach() size: ", size, " localMem: ", localMem,
           " filename: ", getFilename());
-    return localMem ? Local::attach(bytes, mode) : Shared::attach(bytes, mode);
+    Mem::scheduleNameUse();
+    void* const result = localMem ? Local::attach(bytes, mode) : Shared::attach(bytes, mode);
+    if (result == nullptr) {
+        traceFailure("attach");
+    }
+    return result;
 }
 
 void* QuaskMem::resize(unsigned bytes)
 {
     trace(*handler, 5, "QuaskMem::resize() resizing from ", size, " to ", bytes,
           " localMem: ", localMem, " filename: ", getFilename());
-    return localMem ? Local::resize(bytes) : Shared::resize(bytes);
+    void* const result = Local::resize(bytes);
+    if (result == nullptr) {
+        traceFailure("resize");
+    }
+    return result;
 }
 
 int QuaskMem::detach()
 {
     trace(*handler, 5, "QuaskMem::detach() localMem: ", localMem,
           " filename: ", localMem ? "[ANONYMOUS]" : filename);
-    return localMem ? Local::detach() : Shared::detach();
+    return Local::detach();
+}
+
+bool QuaskMem::isCurrent() const
+{
+    Mem::scheduleNameUse();
+    return Shared::isCurrent();
+}
+
+void QuaskMem::traceFailure(char const* operation) const
+{
+    if (!failure.empty()) {
+        trace(*handler, 5, "QuaskMem::", operation, "() failed: ", failure,
+              " filename: ", localMem ? "[ANONYMOUS]" : filename);
+        failure.clear();
+    }
 }
 
 }  // namespace Quask

@@ -11,9 +11,9 @@
 namespace Quask {
 
 // One file of a table as a memory segment, or anonymous memory in its place, with a trace of every
-// operation at level 5 of the table's channel. Reports no errors of its own: a null address or a
-// size of 0 is for the owner to word. Reads nothing of what it maps. Neither copied nor assigned;
-// one thread.
+// operation at level 5 of the table's channel, and of the system's reason when one fails. Reports
+// no errors of its own: a null address or a size of 0 is for the owner to word. Reads nothing of
+// what it maps. Neither copied nor assigned; one thread.
 class QuaskMem : public Mem::Shared, public Dovan::Debuggable
 {
 public:
@@ -39,8 +39,16 @@ public:
     // Unmaps; 0, or -1 when the system refuses.
     int detach();
 
+    // Whether the file that is mapped is still the one that has the name; true while none is
+    // mapped.
+    bool isCurrent() const;
+
 protected:
     bool localMem;  // anonymous memory in place of the file
+
+private:
+    // At level 5, once: why the last operation failed, when the system gave a reason.
+    void traceFailure(char const* operation) const;
 };
 
 }  // namespace Quask

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "table/attach_together.h"
 #include "table/header_text.h"
 #include "table/vandral.h"
 
@@ -29,8 +30,12 @@ int QuaskHeaderScanner::doGetHeaders()
     }
     RootPath const rootPath(*handler, name, false);
     VandralReaderGeneric vandral(*handler, rootPath);
-    if (!vandral.attach()) {
-        std::cerr << "Error attaching Vandral reader for " << name << std::endl;
+    auto const attachAll = [&] {
+        return (reader.isAttached() || reader.attachOnce()) && vandral.attach();
+    };
+    if (!attachTogether(reader.channel(), attachAll, reader, vandral)) {
+        std::cerr << "Error attaching " << (reader.isAttached() ? "Vandral" : "Quask")
+                  << " reader for " << name << std::endl;
         return 1;
     }
     std::string buckets;

@@ -1,5 +1,9 @@
 #include "support/mem_local.h"
 
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -19,25 +23,27 @@ Local::~Local()
     }
 }
 
-void* Local::map(unsigned bytes, int protection, int descriptor)
+void* Local::map(unsigned bytes, int protection, RegularFile mappedFile)
 {
     if (address != nullptr || bytes == 0) {
         return nullptr;
     }
-    int const flags = descriptor < 0 ? MAP_PRIVATE | MAP_ANONYMOUS : MAP_SHARED;
-    void* const mapped = mmap(nullptr, bytes, protection, flags, descriptor, 0);
+    int const flags = mappedFile.isOpen() ? MAP_SHARED : MAP_PRIVATE | MAP_ANONYMOUS;
+    void* const mapped = mmap(nullptr, bytes, protection, flags, mappedFile.descriptor(), 0);
     if (mapped == MAP_FAILED) {
+        failure = std::strerror(errno);
         return nullptr;
     }
     address = mapped;
     size = bytes;
     detached = false;
+    file = std::move(mappedFile);
     return address;
 }
 
 void* Local::attach(unsigned bytes, Mode mode)
 {
-    return map(bytes, mode == Mode::read ? PROT_READ : PROT_READ | PROT_WRITE, -1);
+    return map(bytes, mode == Mode::read ? PROT_READ : PROT_READ | PROT_WRITE, RegularFile());
 }
 
 void* Local::resize(unsigned bytes)
@@ -47,10 +53,12 @@ void* Local::resize(unsigned bytes)
     }
     void* const moved = mremap(address, size, bytes, MREMAP_MAYMOVE);
     if (moved == MAP_FAILED) {
+        failure = std::strerror(errno);
         return nullptr;
     }
     address = moved;
     size = bytes;
+    watched.moveTo(address, size);
     return address;
 }
 
@@ -60,9 +68,11 @@ int Local::detach()
     if (address == nullptr) {
         return 0;
     }
+    watched.stop();
     int const result = munmap(address, size);
     address = nullptr;
     size = 0;
+    file = RegularFile();
     return result;
 }
 

@@ -1,6 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
+
+#include "support/regular_file.h"
+#include "support/watched_mapping.h"
 
 namespace Mem {
 
@@ -17,8 +21,9 @@ extern std::size_t const pageSize_;
 // `size` rounded up to whole pages, in bytes.
 std::size_t roundUpToPages(std::size_t size);
 
-// A segment of anonymous memory, and the base of every segment. Owns its mapping. One thread; the
-// contents of a shared segment may be changed by other processes at any time.
+// A segment of anonymous memory, and the base of every segment. Owns its mapping, and the file that
+// is mapped, if any. One thread; the contents of a shared segment may be changed by other processes
+// at any time.
 class Local
 {
 public:
@@ -40,20 +45,28 @@ public:
     // kept.
     void* resize(unsigned bytes);
 
-    // Unmaps. 0, also when nothing was attached; -1 when the system refuses.
+    // Unmaps, and closes the file if there is one. 0, also when nothing was attached; -1 when the
+    // system refuses.
     int detach();
 
     // Bytes that may be read from the mapping's address on: those mapped and the rest of their
     // page.
     std::size_t readableSize() const { return roundUpToPages(size); }
 
+    // Whether a page of the mapped file could not be read and was replaced by zeros; see
+    // UnreadableAsZeros.
+    bool hasUnreadablePage() const { return watched.hasUnreadablePage(); }
+
 protected:
-    // Maps `bytes` bytes of `descriptor`, or of zeros when that is -1.
-    void* map(unsigned bytes, int protection, int descriptor);
+    // Maps `bytes` bytes of `mappedFile`, or of zeros when there is none.
+    void* map(unsigned bytes, int protection, RegularFile mappedFile);
 
     unsigned size = 0;  // bytes mapped; 0 while nothing is
     void* address = nullptr;
     bool detached = false;
+    RegularFile file;               // what is mapped; none for anonymous memory
+    WatchedMapping watched;         // its mapping
+    mutable std::string failure{};  // why the last operation failed that did, in words
 };
 
 }  // namespace Mem

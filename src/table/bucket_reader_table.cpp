@@ -31,6 +31,15 @@ bool BucketReaderTable::attach()
     return true;
 }
 
+void BucketReaderTable::detach()
+{
+    mem.detach();
+    header = nullptr;
+    numBuckets = 0;
+    maxIndex = 0xffffffff;
+    mappedBuckets_ = 0;
+}
+
 bool BucketReaderTable::validate(std::string& error)
 {
     Header const copy(*header);

@@ -27,6 +27,17 @@ public:
     // `error` when the file cannot be walked. Precondition: attached.
     bool validate(std::string& error);
 
+    // Unmaps the file, and forgets what validate() took from it.
+    void detach();
+
+    bool isAttached() const { return header != nullptr; }
+
+    // Whether the mapped file is still the one that has the name; true while none is mapped.
+    bool isCurrent() const { return mem.isCurrent(); }
+
+    // Whether a page of the file could not be read and was taken for zeros.
+    bool hasUnreadablePage() const { return mem.hasUnreadablePage(); }
+
     // The link that begins the chain of bucket `index`, to be loaded atomically; valid as long as
     // the table. Throws CorruptionDetectedException when there is no such bucket or the mapping
     // ends before it.

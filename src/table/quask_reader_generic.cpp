@@ -1,5 +1,7 @@
 #include "table/quask_reader_generic.h"
 
+#include "table/attach_together.h"
+
 namespace Quask {
 
 QuaskReaderGeneric::QuaskReaderGeneric(std::string const& tableName)
@@ -13,7 +15,19 @@ QuaskReaderGeneric::~QuaskReaderGeneric() = default;
 
 bool QuaskReaderGeneric::attach()
 {
+    return attachTogether(
+        *handler, [this] { return attachOnce(); }, *this);
+}
+
+bool QuaskReaderGeneric::attachOnce()
+{
     return buckets.attach() && slots.attach();
+}
+
+void QuaskReaderGeneric::detach()
+{
+    buckets.detach();
+    slots.detach();
 }
 
 bool QuaskReaderGeneric::validate(std::string& error)

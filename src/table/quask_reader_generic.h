@@ -28,9 +28,27 @@ public:
     explicit QuaskReaderGeneric(std::string const& tableName);
     ~QuaskReaderGeneric() override;
 
-    // Maps both files and takes the layout from the slot header, whatever the headers hold. False
-    // when one of the files is missing, empty or cannot be mapped.
+    // Maps both files and takes the layout from the slot header, whatever the headers hold. Both
+    // are of one table: see attachTogether(). False when one of the files is missing, empty or
+    // cannot be mapped.
     bool attach();
+
+    // Likewise, but the two files may be of two tables: for a report that attaches more together.
+    bool attachOnce();
+
+    // Unmaps both files.
+    void detach();
+
+    bool isAttached() const { return buckets.isAttached() && slots.isAttached(); }
+
+    // Whether the mapped files are still those that have the names; true while none is mapped.
+    bool isCurrent() const { return buckets.isCurrent() && slots.isCurrent(); }
+
+    // Whether a page of the files could not be read and was taken for zeros.
+    bool hasUnreadablePage() const
+    {
+        return buckets.hasUnreadablePage() || slots.hasUnreadablePage();
+    }
 
     // Checks both headers and sets the counters to 0. False with the reason in `error` when the
     // table cannot be walked. Precondition: attached.
@@ -47,6 +65,9 @@ public:
                                         scanHandler);
         walk.run(first, count, direction, byPosition);
     }
+
+    // The table's channel; valid as long as the reader.
+    Dovan::Platform::DebugHandler& channel() const { return *handler; }
 
     // The type and the size of the values. Empty before validate().
     ValueFormat const& valueFormat() const { return valueFormat_; }

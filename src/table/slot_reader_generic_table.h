@@ -47,6 +47,14 @@ public:
     // when the file is missing, empty or cannot be mapped.
     bool attach();
 
+    bool isAttached() const { return header != nullptr; }
+
+    // Whether the mapped file is still the one that has the name; true while none is mapped.
+    bool isCurrent() const { return mem.isCurrent(); }
+
+    // Whether a page of the file could not be read and was taken for zeros.
+    bool hasUnreadablePage() const { return mem.hasUnreadablePage(); }
+
     // Checks a fresh copy of the mapped header, from which `format` is taken. False with the reason
     // in `error` when the file cannot be walked. Precondition: attached.
     bool validate(std::string& error, ValueFormat& format) const;

@@ -17,6 +17,13 @@ bool VandralReaderGeneric::attach()
            attachOne(secondary, secondaryHeader, 1, "secondary");
 }
 
+void VandralReaderGeneric::detach()
+{
+    primary.detach();
+    secondary.detach();
+    primaryHeader = secondaryHeader = nullptr;
+}
+
 bool VandralReaderGeneric::attachOne(QuaskMem& mem, Header const*& header, unsigned number,
                                      char const* word)
 {

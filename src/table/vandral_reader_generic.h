@@ -20,6 +20,18 @@ public:
     // contents, nor that they hold a whole header: what a file lacks of its page reads as zero.
     bool attach();
 
+    // Unmaps both files.
+    void detach();
+
+    // Whether the mapped files are still those that have the names; true while none is mapped.
+    bool isCurrent() const { return primary.isCurrent() && secondary.isCurrent(); }
+
+    // Whether a page of the files could not be read and was taken for zeros.
+    bool hasUnreadablePage() const
+    {
+        return primary.hasUnreadablePage() || secondary.hasUnreadablePage();
+    }
+
     // In the mappings, and null until attach() has mapped the file. To be copied with Header's copy
     // constructor, which gives a consistent state.
     Header const* primaryHeader = nullptr;

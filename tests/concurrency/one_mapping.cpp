@@ -1,6 +1,6 @@
-// A stand-in for Mem::Shared whose segments are the mappings that the writer in this process has of
-// the same files. ThreadSanitizer goes by addresses: of two mappings of one file it does not know
-// that a store to the one is a store to the other, and would find nothing.
+// A stand-in for Mem::Local and Mem::Shared whose segments are the mappings that the writer in this
+// process has of the same files. ThreadSanitizer goes by addresses: of two mappings of one file it
+// does not know that a store to the one is a store to the other, and would find nothing.
 
 #include <cstdint>
 #include <cstdio>
@@ -9,6 +9,7 @@
 #include <string>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "support/mem_shared.h"
 
@@ -33,14 +34,40 @@ void* writersMapping(std::string const& path)
 
 }  // namespace
 
+std::size_t const pageSize_ = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+
+std::size_t roundUpToPages(std::size_t size)
+{
+    return (size + pageSize_ - 1) & ~(pageSize_ - 1);
+}
+
+Local::~Local() = default;
+
+void* Local::attach(unsigned /*bytes*/, Mode /*mode*/)
+{
+    return nullptr;
+}
+
+void* Local::resize(unsigned bytes)
+{
+    size = bytes;
+    return address;
+}
+
+// The mapping is the writer's to undo.
+int Local::detach()
+{
+    address = nullptr;
+    size = 0;
+    detached = true;
+    return 0;
+}
+
 Shared::Shared(char const* directory, char const* name, bool, unsigned /*flags*/, bool)
     : prefix(directory), filename(prefix + "/" + name)
 {}
 
-Shared::~Shared()
-{
-    Shared::detach();
-}
+Shared::~Shared() = default;
 
 void* Shared::attach(unsigned bytes, Mode /*mode*/)
 {
@@ -49,26 +76,15 @@ void* Shared::attach(unsigned bytes, Mode /*mode*/)
     return address;
 }
 
-void* Shared::resize(unsigned bytes)
-{
-    size = bytes;
-    return address;
-}
-
-// The mapping is the writer's to undo.
-int Shared::detach()
-{
-    address = nullptr;
-    size = 0;
-    descriptor_ = -1;  // which no file is open for
-    detached = true;
-    return 0;
-}
-
 unsigned Shared::memSize() const
 {
     struct stat status = {};
     return stat(filename.c_str(), &status) == 0 ? static_cast<unsigned>(status.st_size) : 0;
+}
+
+bool Shared::isCurrent() const
+{
+    return true;
 }
 
 }  // namespace Mem

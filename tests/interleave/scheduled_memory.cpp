@@ -107,4 +107,6 @@ void scheduleFileSize()
     }
 }
 
+void scheduleNameUse() {}
+
 }  // namespace Mem

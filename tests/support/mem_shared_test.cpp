@@ -43,12 +43,14 @@ TEST_F(MemShared, AMissingFileHasNoSizeAndIsNotMapped)
     EXPECT_EQ(segment.attach(1, Mode::read), nullptr);
 }
 
-TEST_F(MemShared, APipeADeviceAndADirectoryAreNoFiles)
+TEST_F(MemShared, APipeALinkAndADirectoryAreNotFiles)
 {
     ASSERT_EQ(mkfifo((root.path() + "/pipe").c_str(), 0600), 0);
+    root.writeFile("slots", "contents");
+    ASSERT_EQ(symlink("slots", (root.path() + "/link").c_str()), 0);
     ASSERT_EQ(symlink("/dev/zero", (root.path() + "/device").c_str()), 0);
     root.makeDirectory("directory");
-    for (char const* const name : {"pipe", "device", "directory"}) {
+    for (char const* const name : {"pipe", "link", "device", "directory"}) {
         Shared segment = segmentOn(name);
         EXPECT_EQ(segment.memSize(), 0u) << name;
         EXPECT_EQ(segment.attach(4096, Mode::read), nullptr) << name;
@@ -94,6 +96,25 @@ TEST_F(MemShared, TellsTheSizeOfTheMappedFileAlsoWhenItsNameIsGivenAway)
     EXPECT_EQ(segment.memSize(), 15u);
 }
 
+TEST_F(MemShared, IsCurrentAsLongAsItsNameLeadsToTheMappedFile)
+{
+    std::string const path = root.writeFile("slots", "first");
+    Shared segment = segmentOn("slots");
+    EXPECT_TRUE(segment.isCurrent());
+    ASSERT_NE(segment.attach(5, Mode::read), nullptr);
+    EXPECT_TRUE(segment.isCurrent());
+    std::filesystem::rename(path, path + ".old");
+    EXPECT_FALSE(segment.isCurrent());
+    root.writeFile("slots", "first");
+    EXPECT_FALSE(segment.isCurrent());
+    std::filesystem::rename(path + ".old", path);
+    EXPECT_TRUE(segment.isCurrent());
+    std::filesystem::remove(path);
+    EXPECT_FALSE(segment.isCurrent());
+    segment.detach();
+    EXPECT_TRUE(segment.isCurrent());
+}
+
 TEST_F(MemShared, GrowsWithTheFile)
 {
     std::string const path = root.writeFile("slots", "head");
@@ -116,6 +137,30 @@ TEST_F(MemShared, AFileOfFourGibibytesCountsAsTheLargestNumber)
     EXPECT_EQ(segmentOn("slots").memSize(), 4294967295u);
     std::filesystem::resize_file(path, 5000000000u);
     EXPECT_EQ(segmentOn("slots").memSize(), 4294967295u);
+}
+
+TEST_F(MemShared, DetachedThroughItsBaseItClosesItsFile)
+{
+    root.writeFile("slots", "x");
+    int const next = dup(STDERR_FILENO);
+    close(next);
+    Shared segment = segmentOn("slots");
+    ASSERT_NE(segment.attach(1, Mode::read), nullptr);
+    EXPECT_NE(fcntl(next, F_GETFD), -1);
+    EXPECT_EQ(static_cast<Mem::Local&>(segment).detach(), 0);
+    EXPECT_EQ(fcntl(next, F_GETFD), -1);
+    EXPECT_NE(segment.attach(1, Mode::read), nullptr);
+}
+
+TEST_F(MemShared, ItsDescriptorIsClosedWhenTheFileCannotBeMapped)
+{
+    root.writeFile("slots", "x");
+    int const next = dup(STDERR_FILENO);
+    close(next);
+    Shared segment = segmentOn("slots");
+    EXPECT_EQ(segment.attach(0, Mode::read), nullptr);
+    EXPECT_EQ(segment.attach(100000, Mode::read), nullptr);
+    EXPECT_EQ(fcntl(next, F_GETFD), -1);
 }
 
 TEST_F(MemShared, ItsDescriptorIsClosedOnExecAndWhenItIsDestroyed)

@@ -33,3 +33,4 @@ void Mem::schedulePoint(void const* /*address*/, std::size_t /*size*/, std::memo
 
 void Mem::scheduleFence() {}
 void Mem::scheduleFileSize() {}
+void Mem::scheduleNameUse() {}
