@@ -9,6 +9,7 @@
 
 #include "clients/all_tables.h"
 #include "clients/mapped_clients_fixture.h"
+#include "support/program_copy.h"
 
 namespace {
 
@@ -155,7 +156,7 @@ TEST_F(AllMappedClientsTest, AProcessInTwoTablesHasItsCommandLineReadOnce)
 // The directory's name begins with a blank, and the path is seen up to it: no name is left.
 TEST_F(AllMappedClientsTest, AProcessWithoutANameEndsTheReports)
 {
-    ProgramCopy const program(" bin/client");
+    ProgramCopy const program(MAPPING_CLIENT, " bin/client");
     MappingClient const writer(program.path(), writing());
     auto const errorOf = [](char const* table, int (QuaskClientScanner::*job)()) {
         QuaskClientScanner scanner("", table);

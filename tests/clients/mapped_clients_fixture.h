@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -78,33 +76,6 @@ protected:
 
     ProcessListLock const lock;
     QuaskTesting::PrivateRoot root;
-};
-
-// A copy of the client's program in a directory of its own, not in memory, where programs may be
-// barred.
-class ProgramCopy
-{
-public:
-    explicit ProgramCopy(std::string const& relative)
-    {
-        std::string pattern = testing::TempDir() + "quask-test.XXXXXX";
-        if (mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("no directory for a program");
-        }
-        directory_ = pattern;
-        path_ = directory_ + "/" + relative;
-        std::filesystem::create_directories(std::filesystem::path(path_).parent_path());
-        std::filesystem::copy_file(MAPPING_CLIENT, path_);
-    }
-    ProgramCopy(ProgramCopy const&) = delete;
-    ProgramCopy& operator=(ProgramCopy const&) = delete;
-    ~ProgramCopy() { std::filesystem::remove_all(directory_); }
-
-    std::string const& path() const { return path_; }
-
-private:
-    std::string directory_;
-    std::string path_;
 };
 
 }  // namespace QuaskTesting

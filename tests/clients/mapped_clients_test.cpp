@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "clients/mapped_clients_fixture.h"
+#include "support/program_copy.h"
 
 namespace {
 
@@ -86,7 +87,7 @@ TEST_F(MappedClientsTest, TheCommandIsWhatTheCommandLineSaysAndTheNameThatOfTheP
 
 TEST_F(MappedClientsTest, AProgramsNameEndsAtItsFirstBlank)
 {
-    ProgramCopy const program("odd-(name) of it");
+    ProgramCopy const program(MAPPING_CLIENT, "odd-(name) of it");
     MappingClient const writer(program.path(), writing());
     EXPECT_EQ(clientsOf("feed"),
               roles("odd-(name)-" + std::to_string(writer.pid()) + "(odd-(name)) ", "None", "None",

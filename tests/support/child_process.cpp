@@ -4,10 +4,14 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 
+#include <elf.h>
 #include <fcntl.h>
+#include <grp.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -45,20 +49,27 @@ void setLimit(int resource, unsigned long value)
     setrlimit(static_cast<__rlimit_resource>(resource), &limit);
 }
 
-// What runs a program that was built for another processor: the first words of its command line,
-// none for a program of this machine or in any other build.
+// What runs a program that was built for another processor, as the tests were: the first words of
+// its command line, none for a program of this machine or in any other build.
 std::vector<char*> emulatorFor([[maybe_unused]] std::string const& program)
 {
     std::vector<char*> words;
 #if defined(QUASK_TEST_EMULATOR)
     static char const* const emulator[] = {QUASK_TEST_EMULATOR};
-    if (program.starts_with(QUASK_TEST_PROGRAMS)) {
+    Elf64_Ehdr header{};
+    std::ifstream(program, std::ios::binary).read(reinterpret_cast<char*>(&header), sizeof header);
+    if (header.e_machine == EM_AARCH64) {
         for (char const* const word : emulator) {
             words.push_back(const_cast<char*>(word));
         }
     }
 #endif
     return words;
+}
+
+bool becomeUser(unsigned id)
+{
+    return setgroups(0, nullptr) == 0 && setgid(id) == 0 && setuid(id) == 0;
 }
 
 // In the new process: never returns.
@@ -83,7 +94,10 @@ std::vector<char*> emulatorFor([[maybe_unused]] std::string const& program)
     if (!command.workingDirectory.empty() && chdir(command.workingDirectory.c_str()) != 0) {
         _exit(126);
     }
-    if (command.userId != 0 && (setgid(command.userId) != 0 || setuid(command.userId) != 0)) {
+    for (int const capability : command.lacking) {
+        prctl(PR_CAPBSET_DROP, capability);  // fails for who has none to lose
+    }
+    if (command.userId != 0 && !becomeUser(command.userId)) {
         _exit(126);
     }
     std::vector<char*> words = emulatorFor(command.words[0]);

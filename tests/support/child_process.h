@@ -23,10 +23,11 @@ struct Command
     std::vector<std::string> words;
     std::map<std::string, std::string> environment = {};  // set in the end
     std::vector<std::string> unset = {};                  // variables taken away first
-    unsigned userId = 0;     // run as this user, when this process is root and it is not 0
+    unsigned userId = 0;     // run as this user, if it is not 0: see other_user.h
     int outDescriptor = -1;  // standard output goes here instead of into Finished::out
     std::string workingDirectory = {};
     std::map<int, unsigned long> limits = {};  // RLIMIT_... to soft and hard limit
+    std::vector<int> lacking = {};             // CAP_... that root has and the program has not
 };
 
 // A running program of the test's own, with its standard input, output and error in pipes. Ended
