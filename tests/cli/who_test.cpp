@@ -2,17 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <iterator>
-#include <thread>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "support/mapping_client.h"
-#include "support/process_list_lock.h"
+#include "support/other_user.h"
+#include "support/own_namespaces.h"
 #include "support/quask_program.h"
 #include "support/table_files.h"
 
@@ -21,7 +19,7 @@ namespace {
 using QuaskTesting::Command;
 using QuaskTesting::Finished;
 using QuaskTesting::MappingClient;
-using QuaskTesting::ProcessListLock;
+using QuaskTesting::OtherUser;
 using QuaskTesting::TableImage;
 using Arguments = std::vector<std::string>;
 
@@ -33,18 +31,6 @@ protected:
     Finished quask(Arguments const& arguments) const
     {
         return QuaskTesting::run(QuaskTesting::quask(root, arguments));
-    }
-
-    // The report on all tables fails as long as a process that is not the test's has a table mapped
-    // in a directory with a path as short as the root directory's: tries for a while.
-    Finished quaskOnAllTables(Arguments const& arguments) const
-    {
-        Finished finished = quask(arguments);
-        for (int attempts = 0; attempts < 100 && finished.signal == SIGABRT; ++attempts) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(30));
-            finished = quask(arguments);
-        }
-        return finished;
     }
 
     MappingClient clientOf(Arguments files) const
@@ -71,7 +57,6 @@ protected:
 
     std::string const noClients = "Clients: None\n";
 
-    ProcessListLock const lock{ProcessListLock::Mode::alone};
     QuaskTesting::PrivateRoot root;
 };
 
@@ -97,47 +82,18 @@ TEST_F(WhoCommand, ComesBeforeTheHeaderReportInWhicheverOrder)
 
 TEST_F(WhoCommand, AnOrdinaryUserIsWarnedBeforeTheReport)
 {
-    Command command = QuaskTesting::quask(root, {"-w", "feed"});
+    if (!OtherUser::exists()) {
+        GTEST_SKIP() << "the system lets nobody become another user";
+    }
+    OtherUser const user(QUASK_UNDER_TEST);
+    ASSERT_EQ(chmod(root.path().c_str(), 0755), 0);
+    Command command = user.command(QuaskTesting::quask(root, {"-w", "feed"}));
     command.environment.erase("J5_CHROOT");
     command.unset.push_back("J5_CHROOT");
-    if (getuid() == 0) {
-        command.userId = 65534;
-        ASSERT_EQ(chmod(root.path().c_str(), 0755), 0);
-    }
     Finished const run = QuaskTesting::run(command);
-    if (run.exitStatus == 126 || run.exitStatus == 127) {
-        GTEST_SKIP() << "an ordinary user cannot run the program where it was built";
-    }
     EXPECT_EQ(run.out, "You should run this command as root.\n" + report(noClients));
-    EXPECT_EQ(run.exitStatus, 0);
-}
-
-TEST_F(WhoCommand, OfAllTablesListsThoseWithoutClientsToo)
-{
-    Finished const run = quaskOnAllTables({"--who-all"});
-    if (run.signal == SIGABRT) {
-        GTEST_SKIP() << "a process that is not the test's has a table mapped";
-    }
-    EXPECT_NE(run.out.find(report(noClients)), std::string::npos) << run.out;
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.exitStatus, 0);
-}
-
-TEST_F(WhoCommand, AReportsFileMakesItTheReportOnAllTablesInThatFile)
-{
-    std::string const path = root.path() + "/report";
-    std::ofstream(path) << std::string(100'000, '~');
-    Finished const run = quaskOnAllTables({"-f", path, "-x", "no such table"});
-    if (run.signal == SIGABRT) {
-        GTEST_SKIP() << "a process that is not the test's has a table mapped";
-    }
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "");
-    EXPECT_EQ(run.exitStatus, 0);
-    std::ifstream file(path);
-    std::string const text{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_NE(text.find(report(noClients)), std::string::npos) << text;
-    EXPECT_EQ(text.find('~'), std::string::npos) << "what the file held before is gone";
 }
 
 TEST_F(WhoCommand, AReportsFileThatCannotBeOpenedIsAFailure)
@@ -154,7 +110,39 @@ TEST_F(WhoCommand, AReportsFileThatCannotBeOpenedIsAFailure)
         << "no process is looked at";
 }
 
-TEST_F(WhoCommand, OfAllTablesEndsAtATableWhosePathIsNotLongerThanTheRootDirectorys)
+class WhoAllCommand : public WhoCommand
+{
+protected:
+    void SetUp() override
+    {
+        if (!QuaskTesting::inOwnNamespaces()) {
+            GTEST_SKIP() << QuaskTesting::noOwnNamespaces;
+        }
+    }
+};
+
+TEST_F(WhoAllCommand, ListsTablesWithoutClientsToo)
+{
+    Finished const run = quask({"--who-all"});
+    EXPECT_EQ(run.out, report(noClients));
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
+TEST_F(WhoAllCommand, IsWhatAReportsFileAsksForInThatFile)
+{
+    std::string const path = root.path() + "/report";
+    std::ofstream(path) << std::string(100'000, '~');
+    Finished const run = quask({"-f", path, "-x", "no such table"});
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.exitStatus, 0);
+    std::ifstream file(path);
+    std::string const text{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_EQ(text, report(noClients)) << "what the file held before is gone";
+}
+
+TEST_F(WhoAllCommand, EndsAtATableWhosePathIsNotLongerThanTheRootDirectorys)
 {
     MappingClient const writer = clientOf({"slots:rw", "vandral.1:rw"});
     Command command = QuaskTesting::quask(root, {"-a"});

@@ -10,7 +10,6 @@
 #include "clients/recording_scanner.h"
 #include "support/mapping_client.h"
 #include "support/private_root.h"
-#include "support/process_list_lock.h"
 #include "support/table_files.h"
 
 namespace QuaskTesting {
@@ -24,8 +23,7 @@ class MappedClientsTest : public testing::Test
 protected:
     using Arguments = std::vector<std::string>;
 
-    explicit MappedClientsTest(ProcessListLock::Mode mode = ProcessListLock::Mode::shared)
-        : lock(mode)
+    MappedClientsTest()
     {
         setenv("J5_CHROOT", "1", 1);
         TableImage::of("int", 4).buckets(4).slots(8).writeTo(root, "feed");
@@ -74,7 +72,6 @@ protected:
                "\nReader: " + reader + "\n\n";
     }
 
-    ProcessListLock const lock;
     QuaskTesting::PrivateRoot root;
 };
 

@@ -4,6 +4,17 @@
 # of the table "feed/eq", which is sound at the beginning of each case. Lines are compared in any order, as
 # directories name what is in them in any order.
 
+# The client reports are to meet no processes but the test's own: all of this runs in a namespace. Where
+# the system allows none, the reports on all tables are left out.
+if [ -z "${OWN_PROCESSES-}" ]; then
+    export OWN_PROCESSES=yes
+    for rights in '' --map-root-user; do
+        own_processes=(unshare ${rights:+"$rights"} --pid --fork --kill-child --mount-proc)
+        "${own_processes[@]}" true 2> /dev/null && exec "${own_processes[@]}" "$BASH" "$0" "$@"
+    done
+    OWN_PROCESSES=no
+fi
+
 # shellcheck disable=SC2034  # the faults use it
 without_atomics=$2
 sound_quask=$1 live_writer=$3 mapping_client=$4 document=$5
@@ -14,9 +25,6 @@ export QUASK_TEST_ROOT
 client=
 trap 'release; rm -rf "$QUASK_TEST_ROOT"' EXIT
 ulimit -c 0
-# Tests that look at all processes, or disturb those that do, run one after the other: process_list_lock.h.
-exec {all_processes}< /proc
-flock "$all_processes"
 
 quask() {
     "$quask" "$@"
@@ -52,26 +60,27 @@ release() {
 # words on a signal are left out.
 outcome() {
     (eval "$1") 2>&1 | grep -v -e 'Aborted' -e '^$' |
-        sed "s|$QUASK_TEST_ROOT|/dev/shm/quask|g; s|\b${client:-none}\b|12227|g" | sort
+        sed "s|$QUASK_TEST_ROOT|/dev/shm/quask|g" | sort
 }
 
 cases=0 failures=0
 check() {
     local fault=$1 command=$2 expected actual
-    expected=$(sort <<< "$3")
     ((++cases))
+    if [[ $OWN_PROCESSES == no && $command == *' -a'* ]]; then
+        printf 'skipped: %s\n' "$command"
+        return
+    fi
     rm -rf "${QUASK_TEST_ROOT:?}"/*
     "$live_writer" "$QUASK_TEST_ROOT/feed/eq" 8 4 3 2 < /dev/null > /dev/null
     cd "$QUASK_TEST_ROOT/feed/eq" || exit 1
     quask=$sound_quask
     eval "$fault"
     cd / || exit 1
+    expected=$(sort <<< "${3//12227/$client}")  # the client of the document's examples
     actual=$(outcome "$command")
     release
-    if [[ $actual == *basic_string::* ]]; then
-        # What "-a" makes of a process of somebody else that has a table mapped: BUGS in quask(1).
-        printf 'skipped: %s\n' "$command"
-    elif [ "$actual" != "$expected" ]; then
+    if [ "$actual" != "$expected" ]; then
         printf '%s\n$ %s\n' "$fault" "$command"
         diff <(printf '%s\n' "$expected") <(printf '%s\n' "$actual") | sed 's/^</told:   /; s/^>/printed:/'
         ((++failures))

@@ -7,7 +7,6 @@
 #include <sys/resource.h>
 
 #include "faults/faults_fixture.h"
-#include "support/process_list_lock.h"
 
 namespace {
 
@@ -43,8 +42,6 @@ protected:
     }
 
     static constexpr unsigned long megabyte = 1024 * 1024;
-
-    QuaskTesting::ProcessListLock const lock{QuaskTesting::ProcessListLock::Mode::shared};
 };
 
 TEST_F(Exhausted, TheScanMakesDoWithTwoDescriptors)

@@ -14,7 +14,6 @@
 
 #include "support/hot_writer.h"
 #include "support/private_root.h"
-#include "support/process_list_lock.h"
 #include "support/quask_program.h"
 #include "support/scan_checker.h"
 #include "support/shared_store.h"
@@ -135,7 +134,6 @@ protected:
         EXPECT_EQ(checker.violations(), std::vector<std::string>());
     }
 
-    QuaskTesting::ProcessListLock const lock_{QuaskTesting::ProcessListLock::Mode::shared};
     QuaskTesting::PrivateRoot root_;
     std::string const directory_ = root_.path() + "/table";
 

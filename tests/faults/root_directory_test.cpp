@@ -6,18 +6,18 @@
 #include <filesystem>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include "clients/all_tables.h"
 #include "faults/faults_fixture.h"
 #include "support/mapping_client.h"
-#include "support/process_list_lock.h"
+#include "support/other_user.h"
+#include "support/own_namespaces.h"
 
 namespace {
 
 using QuaskTesting::bytesOf;
 using QuaskTesting::Command;
 using QuaskTesting::Finished;
+using QuaskTesting::OtherUser;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -61,7 +61,6 @@ TEST_F(RootDirectory, ThatIsASymbolicLinkIsFollowed)
 
 TEST_F(RootDirectory, ThatIsASymbolicLinkHidesTheClients)
 {
-    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::shared);
     makeSmall("real/feed");
     std::filesystem::create_symlink("real", root.path() + "/link");
     QuaskTesting::MappingClient const client({root.path() + "/link/feed/slots:r"});
@@ -81,9 +80,8 @@ TEST_F(RootDirectory, ThatIsMissingAFileOrABrokenLinkEndsTheSearch)
 
 TEST_F(RootDirectory, ThatIsMissingEndsTheReportOnAllTables)
 {
-    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::alone);
-    if (!QuaskTesting::allTablesCanBeReported("/nonexistent")) {
-        GTEST_SKIP() << "a process that is not the test's has a table mapped";
+    if (!QuaskTesting::inOwnNamespaces()) {
+        GTEST_SKIP() << QuaskTesting::noOwnNamespaces;
     }
     Command command = this->command({"-a"});
     command.environment["QUASK_TEST_ROOT"] = "/nonexistent";
@@ -111,17 +109,15 @@ TEST_F(RootDirectory, WithAHundredThousandTablesIsListed)
 
 TEST_F(RootDirectory, WithAHundredThousandTablesIsReportedOn)
 {
-    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::alone);
-    if (!QuaskTesting::allTablesCanBeReported(root.path())) {
-        GTEST_SKIP() << "a process that is not the test's has a table mapped";
+    if (!QuaskTesting::inOwnNamespaces()) {
+        GTEST_SKIP() << QuaskTesting::noOwnNamespaces;
     }
     constexpr int count = 100000;
     makeTables(count);
     Finished const report = quask({"-a"});
     EXPECT_EQ(report.exitStatus, 0);
     EXPECT_EQ(report.err, "");
-    // Tables that other processes have mapped may stand there, too.
-    EXPECT_GE(std::count(report.out.begin(), report.out.end(), '\n'), 5 * count);
+    EXPECT_EQ(std::count(report.out.begin(), report.out.end(), '\n'), 5 * count);
     std::string const title = "Quask table \"" + root.path();
     for (char const* const name : {"/t0", "/t99999"}) {
         EXPECT_THAT(report.out, HasSubstr(title + name + "\"\n" + figures + "Clients: None\n\n"));
@@ -141,7 +137,6 @@ TEST_F(RootDirectory, WithATableSixtyFourLevelsBelowItIsSearched)
 
 TEST_F(RootDirectory, MayHoldTablesOfEveryName)
 {
-    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::shared);
     for (std::string const& name :
          {std::string("two words"), std::string("two\nlines"), std::string("\"quotes\" 'both'"),
           std::string("h\xc3\xb6he"), std::string("\xff\xfe"), std::string("-x"),
@@ -165,49 +160,43 @@ TEST_F(RootDirectory, MayHoldTablesOfEveryName)
 class Forbidden : public RootDirectory
 {
 protected:
-    static constexpr unsigned nobody = 65534;
-
     void SetUp() override
     {
-        if (getuid() != 0) {
-            GTEST_SKIP() << "only root can become another user";
+        if (!OtherUser::exists()) {
+            GTEST_SKIP() << "the system lets nobody become another user";
         }
         chmod(root.path().c_str(), 0755);
         makeSmall("feed");
-        if (Finished const run = asNobody({"--help"}); run.exitStatus != 0) {
-            GTEST_SKIP() << "an ordinary user cannot start the program here";
-        }
-        expectFinished(asNobody({"feed"}), smallScan, "", 0);
+        expectFinished(asOtherUser({"feed"}), smallScan, "", 0);
     }
 
-    Finished asNobody(std::vector<std::string> arguments) const
+    Finished asOtherUser(std::vector<std::string> arguments) const
     {
-        Command command = this->command(std::move(arguments));
-        command.userId = nobody;
-        return QuaskTesting::run(command);
+        return QuaskTesting::run(user.command(command(std::move(arguments))));
     }
 
     void forbid(std::string const& relative) const
     {
         chmod((root.path() + "/" + relative).c_str(), 0);
     }
+
+    OtherUser const user{QUASK_UNDER_TEST};
 };
 
 TEST_F(Forbidden, AnUnreadableTableFileCannotBeScanned)
 {
     for (char const* const file : {"slots", "buckets"}) {
         forbid(std::string("feed/") + file);
-        expectFinished(asNobody({"feed"}), "", "Error attaching to Quask feed\n", 1);
+        expectFinished(asOtherUser({"feed"}), "", "Error attaching to Quask feed\n", 1);
         chmod((root.path() + "/feed/" + file).c_str(), 0644);
     }
 }
 
 TEST_F(Forbidden, AnUnreadableTableFileHasNoFigures)
 {
-    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::shared);
     forbid("feed/slots");
     forbid("feed/vandral.1");
-    expectFinished(asNobody({"-w", "feed"}),
+    expectFinished(asOtherUser({"-w", "feed"}),
                    "Quask table \"" + root.path() +
                        "/feed\"\nCapacity: slots:NA buckets:NA primary_notifications:NA "
                        "secondary_notifications:NA\nOccupied slots: NA\nClients: None\n\n",
@@ -217,21 +206,19 @@ TEST_F(Forbidden, AnUnreadableTableFileHasNoFigures)
 TEST_F(Forbidden, AnUnreadableTableDirectoryIsLeftOut)
 {
     forbid("feed");
-    expectFinished(asNobody({"feed"}), "", "No table was found.\n", 1);
+    expectFinished(asOtherUser({"feed"}), "", "No table was found.\n", 1);
 }
 
 TEST_F(Forbidden, AnUnreadableRootDirectoryEndsTheSearch)
 {
     chmod(root.path().c_str(), 0);
-    expectFinished(asNobody({"feed"}), "", "Error searching for tables\n", 1);
+    expectFinished(asOtherUser({"feed"}), "", "Error searching for tables\n", 1);
 }
 
 TEST_F(Forbidden, TheProcessesOfOthersAreMissingFromTheReport)
 {
-    QuaskTesting::ProcessListLock const lock(QuaskTesting::ProcessListLock::Mode::shared);
     QuaskTesting::MappingClient const client({root.path() + "/feed/slots:r"});
-    Command command = this->command({"-w", "feed"});
-    command.userId = nobody;
+    Command command = user.command(this->command({"-w", "feed"}));
     command.environment.erase("J5_CHROOT");
     command.unset.push_back("J5_CHROOT");
     expectFinished(QuaskTesting::run(command),

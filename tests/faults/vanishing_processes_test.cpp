@@ -12,10 +12,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "clients/all_tables.h"
 #include "faults/faults_fixture.h"
 #include "support/mapping_client.h"
-#include "support/process_list_lock.h"
+#include "support/own_namespaces.h"
 
 namespace {
 
@@ -66,7 +65,6 @@ private:
     pid_t pid_;
 };
 
-// Alone: the processes that come and go would show up in the reports of other tests.
 class VanishingProcesses : public QuaskTesting::FaultsTest
 {
 protected:
@@ -90,8 +88,6 @@ protected:
             EXPECT_EQ(report.exitStatus, 0);
         }
     }
-
-    QuaskTesting::ProcessListLock const lock{QuaskTesting::ProcessListLock::Mode::alone};
 };
 
 TEST_F(VanishingProcesses, DoNotDisturbTheReportOnATable)
@@ -101,8 +97,8 @@ TEST_F(VanishingProcesses, DoNotDisturbTheReportOnATable)
 
 TEST_F(VanishingProcesses, DoNotDisturbTheReportOnAllTables)
 {
-    if (!QuaskTesting::allTablesCanBeReported(root.path())) {
-        GTEST_SKIP() << "a process that is not the test's has a table mapped";
+    if (!QuaskTesting::inOwnNamespaces()) {
+        GTEST_SKIP() << QuaskTesting::noOwnNamespaces;
     }
     expectSoundReports({"-a"});
 }

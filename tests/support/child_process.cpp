@@ -9,12 +9,13 @@
 
 #include <elf.h>
 #include <fcntl.h>
-#include <grp.h>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "support/become_user.h"
 
 namespace QuaskTesting {
 namespace {
@@ -65,11 +66,6 @@ std::vector<char*> emulatorFor([[maybe_unused]] std::string const& program)
     }
 #endif
     return words;
-}
-
-bool becomeUser(unsigned id)
-{
-    return setgroups(0, nullptr) == 0 && setgid(id) == 0 && setuid(id) == 0;
 }
 
 // In the new process: never returns.

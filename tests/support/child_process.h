@@ -23,7 +23,7 @@ struct Command
     std::vector<std::string> words;
     std::map<std::string, std::string> environment = {};  // set in the end
     std::vector<std::string> unset = {};                  // variables taken away first
-    unsigned userId = 0;     // run as this user, if it is not 0: see other_user.h
+    unsigned userId = 0;     // run as this user, by becomeUser(), if it is not 0
     int outDescriptor = -1;  // standard output goes here instead of into Finished::out
     std::string workingDirectory = {};
     std::map<int, unsigned long> limits = {};  // RLIMIT_... to soft and hard limit

@@ -5,23 +5,21 @@
 
 namespace QuaskTesting {
 
-// A user whom permissions bind, and a program that this user can run. When root runs the tests, it
-// is one that owns none of their files; else it is who runs them, and a file without permissions is
-// as unreadable.
+// A user whom permissions bind and who cannot look into other users' processes, and a copy of a
+// program that this user can run. When root runs the tests, the user owns none of their files.
 class OtherUser
 {
 public:
     explicit OtherUser(std::string const& program) : program_(program, "program") {}
 
-    // False where root may not become another user: in a user namespace, for one.
+    // False where the system lets no process become another user.
     static bool exists();
 
-    // What the user runs: this command with a copy of the program in place of its first word.
+    // What the user runs: this command with the copy of the program in place of its first word.
     Command command(Command command) const;
 
-    // For a process that is about to become the user: it cannot write the counts of a build that
-    // counts which lines run, and is not to say so on standard error.
-    static void leaveNoCounts();
+    // Makes this process, which has no other threads, the user's. False where exists() is.
+    static bool become();
 
 private:
     ProgramCopy program_;

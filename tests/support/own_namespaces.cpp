@@ -3,7 +3,6 @@
 #include <csignal>
 #include <cstdio>
 #include <initializer_list>
-#include <string>
 
 #include <fcntl.h>
 #include <sched.h>
@@ -11,6 +10,8 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "support/become_user.h"
 
 namespace QuaskTesting {
 namespace {
@@ -21,39 +22,8 @@ bool entered = false;
 //
 //     the old process      waits for the next
 //     its child            has the new namespaces made, and waits for the next
-//     process 1 in them    mounts /proc, and reaps whoever loses its parent
-//     process 2            returns from enterOwnNamespaces()
-
-void writeFile(char const* path, std::string const& text)
-{
-    int const file = open(path, O_WRONLY | O_CLOEXEC);
-    [[maybe_unused]] ssize_t const written = write(file, text.data(), text.size());
-    close(file);
-}
-
-// In a new user namespace: the user and the group stay what they are, and are all there is.
-void keepUser(uid_t user, gid_t group)
-{
-    auto const same = [](unsigned id) {
-        return std::to_string(id) + " " + std::to_string(id) + " 1";
-    };
-    writeFile("/proc/self/setgroups", "deny");
-    writeFile("/proc/self/uid_map", same(user));
-    writeFile("/proc/self/gid_map", same(group));
-}
-
-bool makeNamespaces(int flags)
-{
-    uid_t const user = geteuid();
-    gid_t const group = getegid();
-    if (unshare(flags) != 0) {
-        return false;
-    }
-    if ((flags & CLONE_NEWUSER) != 0) {
-        keepUser(user, group);
-    }
-    return true;
-}
+//     process 1 in them    mounts /proc, and reaps whoever loses its parent until the next has
+//     ended process 2            returns from enterOwnNamespaces()
 
 bool mountOwnProc()
 {
@@ -74,12 +44,10 @@ int statusOf(int waited)
 // Process 1: reaps until the test's process has ended.
 [[noreturn]] void reapUntilEndOf(pid_t test)
 {
-    for (;;) {
-        int waited = 0;
-        if (waitpid(-1, &waited, 0) == test) {
-            _exit(statusOf(waited));
-        }
+    int waited = 0;
+    while (waitpid(-1, &waited, 0) != test) {
     }
+    _exit(statusOf(waited));
 }
 
 [[noreturn]] void passOnEndOf(pid_t child)
@@ -89,41 +57,51 @@ int statusOf(int waited)
     _exit(WIFEXITED(waited) ? WEXITSTATUS(waited) : 1);
 }
 
+// Ends the process that calls this when it has failed.
 pid_t forkBoundToParent()
 {
     pid_t const pid = fork();
+    if (pid < 0) {
+        _exit(1);
+    }
     if (pid == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
     }
     return pid;
 }
 
-// Returns in process 2, with `entered` set; in the old process only when there is none.
-void enter(int flags)
+// In the child of the old process. Returns in process 2, and says so in the pipe.
+void makeNamespaces(bool asUser, int const (&ready)[2])
 {
-    int ready[2];  // a byte when the test's process is about to start
+    if ((asUser && !enterUserNamespace(geteuid())) || unshare(CLONE_NEWPID | CLONE_NEWNS) != 0) {
+        _exit(1);
+    }
+    if (pid_t const first = forkBoundToParent(); first != 0) {
+        close(ready[1]);
+        passOnEndOf(first);
+    }
+    if (!mountOwnProc()) {
+        _exit(1);
+    }
+    if (pid_t const test = forkBoundToParent(); test != 0) {
+        close(ready[1]);
+        reapUntilEndOf(test);
+    }
+    entered = write(ready[1], "", 1) == 1;
+    close(ready[0]);
+    close(ready[1]);
+}
+
+// Returns in process 2, with `entered` set; in the old process only where there is none.
+void enter(bool asUser)
+{
+    int ready[2];
     if (pipe2(ready, O_CLOEXEC) != 0) {
         return;
     }
     pid_t const maker = forkBoundToParent();
     if (maker == 0) {
-        pid_t first = -1;
-        if (!makeNamespaces(flags) || (first = forkBoundToParent()) < 0) {
-            _exit(1);
-        }
-        if (first != 0) {
-            close(ready[1]);
-            passOnEndOf(first);
-        }
-        if (!mountOwnProc() || write(ready[1], "", 1) != 1) {
-            _exit(1);
-        }
-        if (pid_t const test = fork(); test != 0) {
-            reapUntilEndOf(test);
-        }
-        close(ready[0]);
-        close(ready[1]);
-        entered = true;
+        makeNamespaces(asUser, ready);
         return;
     }
     close(ready[1]);
@@ -140,9 +118,9 @@ void enter(int flags)
 
 void enterOwnNamespaces()
 {
-    for (int const user : {0, CLONE_NEWUSER}) {
+    for (bool const asUser : {false, true}) {
         if (!entered) {
-            enter(CLONE_NEWPID | CLONE_NEWNS | user);
+            enter(asUser);
         }
     }
 }

@@ -8,7 +8,7 @@ namespace QuaskTesting {
 // process.
 //
 // For the beginning of main(), before the process has threads: own_namespaces_main.cpp. Returns in
-// the new process, with the user and group that the process had; the old process waits for the new
+// the new process, with the user that the process had; the old process waits for the new
 // one and ends with its status. Root needs the right to mount; anyone else, user namespaces. Where
 // the system allows neither, it returns in the old process, which goes on without.
 void enterOwnNamespaces();
