@@ -26,7 +26,7 @@ Descriptor open(std::string const& path, int flags, std::string& failure)
         return {};
     }
     if (!S_ISREG(status.st_mode)) {
-        failure = S_ISLNK(status.st_mode) ? "a symbolic link" : "not a regular file";
+        failure = S_ISLNK(status.st_mode) ? std::strerror(ELOOP) : "Not a regular file";
         return {};
     }
     return opened;

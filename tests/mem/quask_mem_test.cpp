@@ -87,7 +87,9 @@ TEST_F(QuaskMemTest, AMissingFileHasNoSize)
         handler.lines,
         ElementsAre(
             "5 QuaskMem::getFilename() localMem: 0 filename: " + directory + "/slots",
-            "5 QuaskMem::memSize() localMem: 0 filename: " + directory + "/slots memSize: 0"));
+            "5 QuaskMem::memSize() localMem: 0 filename: " + directory + "/slots memSize: 0",
+            "5 QuaskMem::memSize() failed: No such file or directory filename: " + directory +
+                "/slots"));
 }
 
 TEST_F(QuaskMemTest, TheSizeOfAFileIsTheOneItHasNowMappedOrNot)
@@ -121,7 +123,9 @@ TEST_F(QuaskMemTest, AFailedAttachIsNullAndLeavesTheWordsToTheOwner)
     EXPECT_THAT(
         handler.lines,
         ElementsAre("5 QuaskMem::getFilename() localMem: 0 filename: " + directory + "/slots",
-                    "5 QuaskMem::attach() size: 0 localMem: 0 filename: " + directory + "/slots"));
+                    "5 QuaskMem::attach() size: 0 localMem: 0 filename: " + directory + "/slots",
+                    "5 QuaskMem::attach() failed: No such file or directory filename: " +
+                        directory + "/slots"));
 }
 
 TEST_F(QuaskMemTest, ResizesTheMappingOfAFileThatHasGrown)
