@@ -38,6 +38,16 @@ int enabledLevel(std::string_view settings, std::string_view channel)
     return enabled;
 }
 
+// A path may hold a newline; what is said of it stays on one line.
+std::string onOneLine(std::string const& text)
+{
+    std::string line;
+    for (char const c : text) {
+        c == '\n' ? line += "\\n" : line += c;
+    }
+    return line;
+}
+
 class StandardErrorHandler final : public DebugHandler
 {
 public:
@@ -48,12 +58,9 @@ public:
     void log(std::ostream& message, int level) override
     {
         auto const* const text = dynamic_cast<std::stringbuf*>(message.rdbuf());
-        std::string line = name_ + " " + std::to_string(level) + ": ";
-        for (char const c : text != nullptr ? text->str() : std::string()) {
-            // A path may hold a newline; the message stays on its one line.
-            c == '\n' ? line += "\\n" : line += c;
-        }
-        std::cerr << line + "\n" << std::flush;
+        std::string const said = text != nullptr ? text->str() : std::string();
+        std::cerr << onOneLine(name_ + " " + std::to_string(level) + ": " + said) + "\n"
+                  << std::flush;
     }
 
 private:

@@ -21,11 +21,11 @@ public:
     virtual void log(std::ostream& message, int level) = 0;
 };
 
-// A new channel of this name, owned by the caller. It writes to standard error, one line a message,
-// led by the channel's name and the level, what the environment variable DOVAN_DEBUG enables: a
-// comma-separated list of LEVEL (for every channel) and NAME=LEVEL; the last item that matches the
-// name counts, and enables its level and all below. Without the variable nothing is enabled. An
-// item that is neither is ignored.
+// A new channel of this name, owned by the caller. It writes to standard error, one line per
+// message, led by the channel's name and the level, what the environment variable DOVAN_DEBUG
+// enables: a comma-separated list of LEVEL (for every channel) and NAME=LEVEL; the last item that
+// matches the name counts, and enables its level and all below. Without the variable nothing is
+// enabled. An item that is neither is ignored. A newline in a name or a message is written as \n.
 DebugHandler* getDebugHandler(std::string const& name);
 
 }  // namespace Dovan::Platform

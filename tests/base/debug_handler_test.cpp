@@ -86,6 +86,15 @@ TEST_F(DebugHandlerTest, WritesOneLineLedByNameAndLevel)
               "Quask-feed/eq 5: SlotTable::detach()\nQuask-feed/eq 0: two\\nlines\n");
 }
 
+TEST_F(DebugHandlerTest, ANewlineInTheChannelsNameLeavesTheMessageOnOneLine)
+{
+    setenv("DOVAN_DEBUG", "0", 1);
+    std::unique_ptr<DebugHandler> const handler(getDebugHandler("Quask-feed\neq"));
+    testing::internal::CaptureStderr();
+    Dovan::trace(*handler, 0, "SlotTable::detach()");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Quask-feed\\neq 0: SlotTable::detach()\n");
+}
+
 struct Unprintable
 {};
 
