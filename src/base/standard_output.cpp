@@ -5,7 +5,6 @@
 #include <cstring>
 #include <iostream>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -21,19 +20,6 @@ void waitUntilWritable(int descriptor)
 }
 
 }  // namespace
-
-void reserveStandardDescriptors()
-{
-    // open() gives the lowest free descriptor, so each round fills one gap until none is left
-    // below 3.
-    int descriptor = 0;
-    do {
-        descriptor = open("/dev/null", O_RDONLY);
-    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    if (descriptor >= 0) {
-        close(descriptor);
-    }
-}
 
 StandardOutput::StandardOutput(int descriptor)
     : descriptor_(descriptor),

@@ -9,10 +9,6 @@
 
 namespace Dovan {
 
-// Keeps descriptors 0 to 2 from being given to files that the program opens: each that is closed is
-// opened on /dev/null for reading, so that writing to it still fails.
-void reserveStandardDescriptors();
-
 // While it lives, std::cout collects its text here and leaves the process in large writes. A piece
 // that was written to std::cout with one call is never torn between the buffer and a later write
 // unless it is larger than the buffer. One object at a time; one thread.

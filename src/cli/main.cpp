@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "base/standard_descriptors.h"
 #include "base/standard_output.h"
 #include "cli/command_line.h"
 

@@ -233,19 +233,4 @@ TEST(StandardOutput, AnIgnoredSignalStaysIgnored)
     EXPECT_TRUE(WIFEXITED(status));
 }
 
-TEST(ReserveStandardDescriptors, WritingToAClosedOneStillFails)
-{
-    pid_t const child = fork();
-    if (child == 0) {
-        close(STDIN_FILENO);
-        close(STDOUT_FILENO);
-        Dovan::reserveStandardDescriptors();
-        int const next = open("/dev/null", O_RDONLY);
-        _exit(next > STDERR_FILENO && write(STDOUT_FILENO, "x", 1) == -1 ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-}
-
 }  // namespace

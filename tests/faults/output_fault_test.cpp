@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -21,6 +22,12 @@ using QuaskTesting::bytesOf;
 using QuaskTesting::ChildProcess;
 using QuaskTesting::Command;
 using QuaskTesting::Finished;
+
+std::string contentsOf(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 class OutputFault : public QuaskTesting::FaultsTest
 {
@@ -73,11 +80,28 @@ TEST_F(OutputFault, AClosedStandardInputIsNotMissed)
 
 TEST_F(OutputFault, WithAllDescriptorsClosedNothingIsWrittenAnywhere)
 {
-    std::string const slots = root.path() + "/feed/slots";
-    std::string const before = small().slotsFile();
     expectFinished(redirected("<&- >&- 2>&-", {"feed"}), "", "", 1);
-    std::ifstream file(slots, std::ios::binary);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), before);
+    EXPECT_EQ(contentsOf(root.path() + "/feed/slots"), small().slotsFile());
+}
+
+// The report fails, there is no /proc either; but the warning about root comes first.
+TEST_F(OutputFault, WithoutDeviceFilesAClosedStandardOutputIsNotTheReportFile)
+{
+    std::filesystem::copy_file(QUASK_UNDER_TEST, root.path() + "/quask");
+    std::filesystem::permissions(root.path(), std::filesystem::perms::all);
+    Command command;
+    command.words = {"/bin/sh", "-c",        "exec chroot --userspec=65534:65534 \"$@\" >&-",
+                     "sh",      root.path(), "/quask",
+                     "-f",      "/report"};
+    command.environment = {{"QUASK_TEST_ROOT", "/"}};
+    command.unset = {"J5_CHROOT", "DOVAN_DEBUG"};
+    Finished const finished = QuaskTesting::run(command);
+    if (!std::filesystem::exists(root.path() + "/report")) {
+        GTEST_SKIP() << "the tool does not run in a root directory of its own here: "
+                     << finished.err;
+    }
+    EXPECT_EQ(finished.signal, SIGABRT);
+    EXPECT_EQ(contentsOf(root.path() + "/report"), "");
 }
 
 TEST_F(OutputFault, AReaderThatIsGoneEndsTheRunQuietly)
