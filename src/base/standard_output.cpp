@@ -1,22 +1,34 @@
 #include "base/standard_output.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
+#include <exception>
 #include <iostream>
 
-#include <poll.h>
-#include <unistd.h>
+#include "base/termination.h"
+#include "base/write_all.h"
 
 namespace Dovan {
 namespace {
 
 StandardOutput* volatile living = nullptr;
 
-void waitUntilWritable(int descriptor)
+// The text up to the last newline, that included.
+std::string_view linesOf(std::string_view text)
 {
-    pollfd waited{descriptor, POLLOUT, 0};
-    poll(&waited, 1, -1);
+    return text.substr(0, text.rfind('\n') + 1);
+}
+
+// What the signal did before.
+struct sigaction ignore(int signal)
+{
+    struct sigaction ignoring
+    {};
+    ignoring.sa_handler = SIG_IGN;
+    struct sigaction former
+    {};
+    sigaction(signal, &ignoring, &former);
+    return former;
 }
 
 }  // namespace
@@ -24,7 +36,9 @@ void waitUntilWritable(int descriptor)
 StandardOutput::StandardOutput(int descriptor)
     : descriptor_(descriptor),
       buffer_(std::make_unique_for_overwrite<char[]>(capacity)),
-      former_(std::cout.rdbuf(this))
+      former_(std::cout.rdbuf(this)),
+      formerOnPipe_(ignore(SIGPIPE)),
+      formerOnFileSize_(ignore(SIGXFSZ))
 {
     setp(buffer_.get(), buffer_.get() + capacity);
     living = this;
@@ -35,11 +49,14 @@ StandardOutput::~StandardOutput()
     finish();
     living = nullptr;
     std::cout.rdbuf(former_);
+    sigaction(SIGPIPE, &formerOnPipe_, nullptr);
+    sigaction(SIGXFSZ, &formerOnFileSize_, nullptr);
 }
 
 bool StandardOutput::finish()
 {
-    return flushBuffer() && !failed_;
+    flushAll();
+    return !failed_;
 }
 
 StandardOutput* StandardOutput::of(std::ostream& stream)
@@ -50,86 +67,113 @@ StandardOutput* StandardOutput::of(std::ostream& stream)
 void StandardOutput::writeRemainder()
 {
     StandardOutput* const output = living;
-    if (output != nullptr && !output->writing_) {
-        output->flushBuffer();
+    if (output != nullptr && !output->lineOpen_) {
+        output->flushLines();
     }
 }
 
 void StandardOutput::writeRemainderOnTermination()
 {
-    for (int const number : {SIGHUP, SIGINT, SIGTERM}) {
-        struct sigaction former
-        {};
-        sigaction(number, nullptr, &former);
-        if (former.sa_handler != SIG_DFL) {
-            continue;
+    Termination::prepare([] {
+        StandardOutput const* const output = living;
+        if (output != nullptr && output->lineOpen_) {
+            return false;
         }
-        struct sigaction action
-        {};
-        action.sa_handler = [](int signal) {
-            writeRemainder();
-            static_cast<void>(raise(signal));
-        };
-        action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
-        sigemptyset(&action.sa_mask);
-        sigaction(number, &action, nullptr);
+        writeRemainder();
+        return true;
+    });
+    static std::terminate_handler const former = std::set_terminate([] {
+        writeRemainder();
+        former();
+    });
+}
+
+// Writes `text`, which is collected or somebody else's, and keeps `kept` collected, which lies
+// behind all other text that is. The object is in order when lineOpen_ is reset, and not before.
+void StandardOutput::writeOut(std::string_view text, std::string_view kept)
+{
+    if (text.empty()) {
+        return;
+    }
+    lineOpen_ = true;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    if (!failed_ && !writeAll(descriptor_, text)) {
+        onWriteError();
+    }
+    char* const begin = buffer_.get();
+    char* const end = begin + capacity;
+    if (text.back() != '\n' && !failed_) {
+        setp(end, end);
+        return;
+    }
+    std::memmove(begin, kept.data(), kept.size());
+    setp(begin, end);
+    pbump(static_cast<int>(kept.size()));
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    lineOpen_ = false;
+    Termination::endIfDue();
+}
+
+void StandardOutput::onWriteError()
+{
+    failed_ = true;
+    if (errno == EPIPE && formerOnPipe_.sa_handler == SIG_DFL) {
+        sigaction(SIGPIPE, &formerOnPipe_, nullptr);
+        static_cast<void>(raise(SIGPIPE));
     }
 }
 
-bool StandardOutput::writeOut(char const* text, std::size_t count)
+void StandardOutput::flushLines()
 {
-    writing_ = true;
-    while (count > 0 && !failed_) {
-        ssize_t const written = write(descriptor_, text, count);
-        if (written >= 0) {
-            text += written;
-            count -= static_cast<std::size_t>(written);
-        } else if (errno == EAGAIN) {
-            waitUntilWritable(descriptor_);
-        } else {
-            failed_ = errno != EINTR;
-        }
-    }
-    writing_ = false;
-    return !failed_;
+    std::string_view const lines = linesOf(collected());
+    writeOut(lines, collected().substr(lines.size()));
 }
 
-bool StandardOutput::flushBuffer()
+void StandardOutput::flushAll()
 {
-    bool const written = writeOut(pbase(), static_cast<std::size_t>(pptr() - pbase()));
-    setp(buffer_.get(), buffer_.get() + capacity);
-    return written;
+    flushLines();
+    writeOut(collected(), {});
+}
+
+char* StandardOutput::makeRoom(std::size_t& size)
+{
+    flushLines();
+    if (room() < smallestRoom) {
+        flushAll();
+    }
+    size = lineOpen_ ? capacity : room();
+    return lineOpen_ ? buffer_.get() : pptr();
 }
 
 StandardOutput::int_type StandardOutput::overflow(int_type c)
 {
-    if (!flushBuffer()) {
-        return traits_type::eof();
-    }
-    if (traits_type::eq_int_type(c, traits_type::eof())) {
-        return traits_type::not_eof(c);
-    }
-    return sputc(traits_type::to_char_type(c));
+    char const one = traits_type::to_char_type(c);
+    return xsputn(&one, 1) == 1 ? c : traits_type::eof();
 }
 
 std::streamsize StandardOutput::xsputn(char const* text, std::streamsize count)
 {
-    auto const size = static_cast<std::size_t>(count);
-    if (size > static_cast<std::size_t>(epptr() - pptr()) && !flushBuffer()) {
-        return 0;
+    std::string_view rest(text, static_cast<std::size_t>(count));
+    if (rest.size() > room()) {
+        flushLines();
     }
-    if (size > capacity) {
-        return writeOut(text, size) ? count : 0;
+    while (rest.size() > room()) {
+        flushAll();
+        std::string_view const lines = linesOf(rest);
+        std::string_view const piece = lines.empty() ? rest : lines;
+        writeOut(piece, {});
+        rest.remove_prefix(piece.size());
     }
     // The text may lie in this very buffer, further back, if it was built in lent room.
-    std::memmove(pptr(), text, size);
-    advance(size);
-    return count;
+    std::memmove(pptr(), rest.data(), rest.size());
+    advance(rest.size());
+    return failed_ ? 0 : count;
 }
 
 int StandardOutput::sync()
 {
-    return flushBuffer() ? 0 : -1;
+    flushAll();
+    return failed_ ? -1 : 0;
 }
 
 }  // namespace Dovan

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <csignal>
 #include <cstddef>
 #include <memory>
 #include <ostream>
@@ -9,12 +10,19 @@
 
 namespace Dovan {
 
-// While it lives, std::cout collects its text here and leaves the process in large writes. A piece
-// that was written to std::cout with one call is never torn between the buffer and a later write
-// unless it is larger than the buffer. One object at a time; one thread.
+// While it lives, std::cout collects its text here and leaves the process in large writes, of whole
+// lines as long as a line fits into the buffer: the beginning of one stays here. Of a longer line
+// each piece is written at once. So the descriptor shows a part of a line only during a write,
+// within such a long line, and after a flush in the middle of a line.
 //
-// Whoever ends the process without unwinding calls writeRemainder() first, so that what was printed
-// before is on the output.
+// Whoever ends the process without unwinding calls writeRemainder() first, so that the lines that
+// were finished before are on the output.
+//
+// A write that fails is an error that finish() reports, also where a signal would end the process
+// by default. But a reader of a pipe that has closed its end does end the process by SIGPIPE, if
+// that signal had its default action; such a reader of another descriptor does not.
+//
+// One object at a time; one thread.
 class StandardOutput final : public std::streambuf
 {
 public:
@@ -32,15 +40,15 @@ public:
     // The stream's StandardOutput, or null when it has another buffer.
     static StandardOutput* of(std::ostream& stream);
 
-    // Memory behind what is collected so far, `size` bytes and at least `smallestRoom`, for text to
-    // be built in and then given to append(). It stays readable as long as the object, but text
-    // that is printed meanwhile may overwrite it.
+    // Memory of `size` bytes, at least `smallestRoom`, for text to be built in and then given to
+    // append(). It stays readable as long as the object, but text that is printed in between may
+    // overwrite it.
     char* lendRoom(std::size_t& size)
     {
-        if (epptr() - pptr() < smallestRoom) [[unlikely]] {
-            flushBuffer();
+        if (room() < smallestRoom) [[unlikely]] {
+            return makeRoom(size);
         }
-        size = static_cast<std::size_t>(epptr() - pptr());
+        size = room();
         return pptr();
     }
 
@@ -55,14 +63,16 @@ public:
         }
     }
 
-    static constexpr std::ptrdiff_t smallestRoom = std::ptrdiff_t{16} * 1024;
+    static constexpr std::size_t smallestRoom = std::size_t{16} * 1024;
 
-    // For a signal handler: writes what the living object, if any, has collected. Safe at every
-    // point of the program; text that was being written when the signal came is not written again.
+    // For a signal handler: writes the finished lines that the living object, if any, has
+    // collected. Safe at every point of the program; text that was being written when the signal
+    // came is not written again.
     static void writeRemainder();
 
-    // From now on SIGHUP, SIGINT and SIGTERM end the process as ever, but after writeRemainder(). A
-    // second signal does not wait for a reader that takes nothing. One that is ignored stays so.
+    // From now on SIGHUP, SIGINT and SIGTERM end the process as Termination says, with nothing but
+    // finished lines on the output unless its time is up before; and an exception that nothing
+    // catches does so after writeRemainder(). To be called once.
     static void writeRemainderOnTermination();
 
 protected:
@@ -78,16 +88,27 @@ private:
         pbump(static_cast<int>(count));
     }
 
-    bool writeOut(char const* text, std::size_t count);
-    bool flushBuffer();
+    std::size_t room() const { return static_cast<std::size_t>(epptr() - pptr()); }
+    std::string_view collected() const { return {pbase(), pptr()}; }
+
+    char* makeRoom(std::size_t& size);
+    void flushLines();
+    void flushAll();
+    void writeOut(std::string_view text, std::string_view kept);
+    void onWriteError();
 
     static constexpr std::size_t capacity = std::size_t{256} * 1024;
 
     int const descriptor_;
     std::unique_ptr<char[]> const buffer_;
     std::streambuf* const former_;
+    struct sigaction formerOnPipe_;
+    struct sigaction formerOnFileSize_;
     bool failed_ = false;
-    bool volatile writing_ = false;  // read by a signal handler
+
+    // Set while the descriptor may show a part of a line. Read by a signal handler, which leaves
+    // the object alone then. There is no put area as long as it is set and nothing is written.
+    bool volatile lineOpen_ = false;
 };
 
 }  // namespace Dovan

@@ -10,40 +10,26 @@
 #include <thread>
 
 #include <fcntl.h>
-#include <sys/wait.h>
+#include <sys/resource.h>
 #include <unistd.h>
+
+#include "support/forked.h"
+#include "support/pipe.h"
 
 namespace {
 
 using Dovan::StandardOutput;
+using QuaskTesting::endOf;
+using QuaskTesting::Pipe;
 
-struct Pipe
-{
-    Pipe() { EXPECT_EQ(pipe(ends), 0); }
-    ~Pipe()
-    {
-        close(ends[0]);
-        close(ends[1]);
-    }
-
-    // What has been written so far; reads once.
-    std::string read() const
-    {
-        std::string text(1 << 20, '\0');
-        ssize_t const count = ::read(ends[0], text.data(), text.size());
-        text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-        return text;
-    }
-
-    int ends[2];
-};
+constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
 TEST(StandardOutput, CollectsTextAndWritesItAtTheEnd)
 {
     Pipe const pipe;
-    fcntl(pipe.ends[0], F_SETFL, O_NONBLOCK);
+    pipe.unblockReadEnd();
     {
-        StandardOutput output(pipe.ends[1]);
+        StandardOutput output(pipe.writeEnd());
         std::cout << "bucket[" << 1 << "]\n";
         EXPECT_EQ(pipe.read(), "");
     }
@@ -53,7 +39,7 @@ TEST(StandardOutput, CollectsTextAndWritesItAtTheEnd)
 TEST(StandardOutput, AFlushWritesAtOnce)
 {
     Pipe const pipe;
-    StandardOutput output(pipe.ends[1]);
+    StandardOutput output(pipe.writeEnd());
     std::cout << "Lookaside hits: 0" << std::endl;
     EXPECT_EQ(pipe.read(), "Lookaside hits: 0\n");
     EXPECT_TRUE(output.finish());
@@ -73,7 +59,7 @@ TEST(StandardOutput, WritesPiecesOfEverySizeInOrder)
         }
     });
     {
-        StandardOutput output(pipe.ends[1]);
+        StandardOutput output(pipe.writeEnd());
         std::size_t start = 0;
         for (std::size_t const size : {1u, 100000u, 200000u, 262144u, 262145u, 1000000u, 3u}) {
             std::cout << std::string_view(expected).substr(start, size);
@@ -96,7 +82,7 @@ std::string_view buildIn(StandardOutput& output, std::string_view text)
 TEST(StandardOutput, TextBuiltInLentRoomFollowsWhatWasPrintedBefore)
 {
     Pipe const pipe;
-    StandardOutput output(pipe.ends[1]);
+    StandardOutput output(pipe.writeEnd());
     std::cout << "first ";
     output.append(buildIn(output, "second "));
     output.append(buildIn(output, "third "));
@@ -107,7 +93,7 @@ TEST(StandardOutput, TextBuiltInLentRoomFollowsWhatWasPrintedBefore)
 TEST(StandardOutput, TextBuiltInLentRoomIsPrintedOnceWhenAFlushComesBetween)
 {
     Pipe const pipe;
-    StandardOutput output(pipe.ends[1]);
+    StandardOutput output(pipe.writeEnd());
     std::cout << "1\n";
     std::string_view const line = buildIn(output, "a line longer than what was flushed\n");
     std::cout << std::flush;
@@ -120,7 +106,7 @@ TEST(StandardOutput, TextBuiltInLentRoomIsPrintedOnceWhenAFlushComesBetween)
 TEST(StandardOutput, LentRoomNotUsedLeavesNoTrace)
 {
     Pipe const pipe;
-    StandardOutput output(pipe.ends[1]);
+    StandardOutput output(pipe.writeEnd());
     buildIn(output, "thrown away");
     std::cout << "kept" << std::flush;
     EXPECT_EQ(pipe.read(), "kept");
@@ -131,7 +117,7 @@ TEST(StandardOutput, KnowsTheStreamsThatItIsTheBufferOf)
     Pipe const pipe;
     std::ostringstream other;
     EXPECT_EQ(StandardOutput::of(std::cout), nullptr);
-    StandardOutput output(pipe.ends[1]);
+    StandardOutput output(pipe.writeEnd());
     EXPECT_EQ(StandardOutput::of(std::cout), &output);
     EXPECT_EQ(StandardOutput::of(other), nullptr);
 }
@@ -161,7 +147,7 @@ TEST(StandardOutput, AFailedFlushIsReportedAtTheEndAlthoughNothingIsLeft)
 TEST(StandardOutput, WaitsForADescriptorThatDoesNotBlock)
 {
     Pipe const pipe;
-    fcntl(pipe.ends[1], F_SETFL, O_NONBLOCK);
+    pipe.unblockWriteEnd();
     std::string const text(3 << 20, 'x');
     std::size_t received = 0;
     std::thread reader([&] {
@@ -170,7 +156,7 @@ TEST(StandardOutput, WaitsForADescriptorThatDoesNotBlock)
         }
     });
     {
-        StandardOutput output(pipe.ends[1]);
+        StandardOutput output(pipe.writeEnd());
         std::cout << text;
         EXPECT_TRUE(output.finish());
     }
@@ -178,59 +164,130 @@ TEST(StandardOutput, WaitsForADescriptorThatDoesNotBlock)
     EXPECT_EQ(received, text.size());
 }
 
-TEST(StandardOutput, TheRemainderIsWrittenFromASignalHandler)
+TEST(StandardOutput, KeepsTheBeginningOfALineThatDoesNotFit)
 {
     Pipe const pipe;
-    pid_t const child = fork();
-    if (child == 0) {
-        std::signal(SIGUSR1, [](int) {
-            StandardOutput::writeRemainder();
-            _exit(7);
-        });
-        StandardOutput output(pipe.ends[1]);
-        std::cout << "finished line\n";
-        raise(SIGUSR1);
-        _exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(WEXITSTATUS(status), 7);
-    EXPECT_EQ(pipe.read(), "finished line\n");
+    pipe.unblockReadEnd();
+    fcntl(pipe.writeEnd(), F_SETPIPE_SZ, 2 * bufferSize);
+    StandardOutput output(pipe.writeEnd());
+    std::string const line(bufferSize / 2, 'x');
+    std::string const begun(bufferSize / 2 - 2, 'y');
+    std::cout << line << '\n' << begun;
+    EXPECT_EQ(pipe.read(), "");
+    std::cout << "end\n";
+    EXPECT_TRUE(pipe.read() == line + "\n");
+    std::cout << std::flush;
+    EXPECT_TRUE(pipe.read() == begun + "end\n");
 }
 
-// Prints a line and ends by a signal; how that ended.
-int statusAfter(int number, Pipe const& pipe, void (*prepare)())
-{
-    pid_t const child = fork();
-    if (child == 0) {
-        prepare();
-        StandardOutput output(pipe.ends[1]);
-        StandardOutput::writeRemainderOnTermination();
-        std::cout << "finished line\n";
-        raise(number);
-        _exit(0);
-    }
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    return status;
-}
-
-TEST(StandardOutput, TheRemainderIsWrittenWhenTheProcessIsTerminated)
-{
-    for (int const number : {SIGHUP, SIGINT, SIGTERM}) {
-        Pipe const pipe;
-        int const status = statusAfter(number, pipe, [] {});
-        EXPECT_TRUE(WIFSIGNALED(status));
-        EXPECT_EQ(WTERMSIG(status), number);
-        EXPECT_EQ(pipe.read(), "finished line\n");
-    }
-}
-
-TEST(StandardOutput, AnIgnoredSignalStaysIgnored)
+TEST(StandardOutput, WritesEachPieceOfALineThatIsLongerThanTheBufferAtOnce)
 {
     Pipe const pipe;
-    int const status = statusAfter(SIGHUP, pipe, [] { std::signal(SIGHUP, SIG_IGN); });
-    EXPECT_TRUE(WIFEXITED(status));
+    pipe.unblockReadEnd();
+    fcntl(pipe.writeEnd(), F_SETPIPE_SZ, 2 * bufferSize);
+    StandardOutput output(pipe.writeEnd());
+    std::string const most(bufferSize - 3, 'x');
+    std::cout << "first\n" << most;
+    EXPECT_EQ(pipe.read(), "first\n");
+    std::cout << "more";
+    EXPECT_TRUE(pipe.read() == most + "more");
+    std::cout << 'y';
+    EXPECT_EQ(pipe.read(), "y");
+    std::cout << "end\nnext\nlast";
+    EXPECT_EQ(pipe.read(), "end\nnext\n");
+    std::cout << " line\n" << std::flush;
+    EXPECT_EQ(pipe.read(), "last line\n");
+}
+
+TEST(StandardOutput, TextBuiltInLentRoomMayBelongToALineThatIsLongerThanTheBuffer)
+{
+    Pipe const pipe;
+    pipe.unblockReadEnd();
+    fcntl(pipe.writeEnd(), F_SETPIPE_SZ, 2 * bufferSize);
+    StandardOutput output(pipe.writeEnd());
+    std::string const most(bufferSize - 10, 'x');
+    std::cout << most;
+    output.append(buildIn(output, "more"));
+    EXPECT_TRUE(pipe.read() == most + "more");
+    output.append(buildIn(output, " of it\n"));
+    EXPECT_EQ(pipe.read(), " of it\n");
+    output.append(buildIn(output, "next\n"));
+    EXPECT_EQ(pipe.read(), "");
+}
+
+TEST(StandardOutput, ALineThatAFlushHasDividedIsWrittenAsItComes)
+{
+    Pipe const pipe;
+    pipe.unblockReadEnd();
+    StandardOutput output(pipe.writeEnd());
+    std::cout << "a line " << std::flush;
+    EXPECT_EQ(pipe.read(), "a line ");
+    std::cout << "and its end\n";
+    EXPECT_EQ(pipe.read(), "and its end\n");
+    std::cout << "another\n";
+    EXPECT_EQ(pipe.read(), "");
+}
+
+// How a process ends that prints to a pipe without a reader; 7 when it is told.
+int endWithoutReader()
+{
+    Pipe pipe;
+    pipe.closeReadEnd();
+    StandardOutput output(pipe.writeEnd());
+    std::cout << "line\n";
+    return output.finish() ? 1 : 7;
+}
+
+TEST(StandardOutput, AReaderThatIsGoneEndsTheProcess)
+{
+    EXPECT_EQ(endOf(endWithoutReader), -SIGPIPE);
+}
+
+TEST(StandardOutput, AReaderThatIsGoneIsReportedWhereTheSignalIsIgnored)
+{
+    EXPECT_EQ(endOf([] {
+                  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+                  return endWithoutReader();
+              }),
+              7);
+}
+
+TEST(StandardOutput, AnotherReaderThatIsGoneEndsNothing)
+{
+    EXPECT_EQ(endOf([] {
+                  Pipe const own;
+                  Pipe other;
+                  other.closeReadEnd();
+                  StandardOutput const output(own.writeEnd());
+                  return write(other.writeEnd(), "x", 1) == -1 ? 7 : 1;
+              }),
+              7);
+}
+
+TEST(StandardOutput, AFileThatMayNotGrowIsReportedAtTheEnd)
+{
+    EXPECT_EQ(endOf([] {
+                  int const file = open("/dev/shm", O_TMPFILE | O_RDWR, 0600);
+                  rlimit const limit{10, 10};
+                  setrlimit(RLIMIT_FSIZE, &limit);
+                  StandardOutput output(file);
+                  std::cout << "a line longer than that\n";
+                  return output.finish() ? 1 : 7;
+              }),
+              7);
+}
+
+TEST(StandardOutput, GivesSignalsTheirFormerActionsBack)
+{
+    EXPECT_EQ(endOf([] {
+                  {
+                      Pipe const pipe;
+                      StandardOutput const output(pipe.writeEnd());
+                  }
+                  raise(SIGPIPE);
+                  return 1;
+              }),
+              -SIGPIPE);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
@@ -10,10 +11,13 @@
 #include <random>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include "faults/blocked_scan.h"
 #include "faults/faults_fixture.h"
+#include "support/patience.h"
+#include "support/pipe.h"
 
 namespace {
 
@@ -22,6 +26,9 @@ using QuaskTesting::bytesOf;
 using QuaskTesting::ChildProcess;
 using QuaskTesting::Command;
 using QuaskTesting::Finished;
+using QuaskTesting::Patience;
+using QuaskTesting::Pipe;
+using QuaskTesting::TableImage;
 
 std::string contentsOf(std::string const& path)
 {
@@ -104,6 +111,19 @@ TEST_F(OutputFault, WithoutDeviceFilesAClosedStandardOutputIsNotTheReportFile)
     EXPECT_EQ(contentsOf(root.path() + "/report"), "");
 }
 
+TEST_F(OutputFault, AFileThatMayNotGrowIsAnError)
+{
+    large().writeTo(root, "large");
+    std::string const whole = quask({"large"}).out;
+    Command command = this->command({"large"});
+    std::string const path = root.writeFile("out", "");
+    command.outDescriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    command.limits[RLIMIT_FSIZE] = 100000;
+    expectFinished(QuaskTesting::run(command), "", cannotWrite, 1);
+    close(command.outDescriptor);
+    EXPECT_TRUE(contentsOf(path) == whole.substr(0, 100000));
+}
+
 TEST_F(OutputFault, AReaderThatIsGoneEndsTheRunQuietly)
 {
     large().writeTo(root, "large");
@@ -122,6 +142,56 @@ TEST_F(OutputFault, APipeThatDoesNotBlockIsWaitedFor)
     EXPECT_TRUE(finished.out == whole);
     EXPECT_EQ(finished.err, "");
     EXPECT_EQ(finished.exitStatus, 0);
+}
+
+TEST_F(OutputFault, APipeThatDoesNotBlockIsWaitedForWithoutDescriptors)
+{
+    large().writeTo(root, "large");
+    std::string const whole = quask({"large"}).out;
+    BlockedScan scan(command({"large"}), O_NONBLOCK);
+    rlimit const none{0, 0};
+    ASSERT_EQ(prlimit(scan.process().pid(), RLIMIT_NOFILE, &none, nullptr), 0);
+    Finished const finished = scan.finish();
+    EXPECT_TRUE(finished.out == whole);
+    EXPECT_EQ(finished.err, "");
+    EXPECT_EQ(finished.exitStatus, 0);
+}
+
+TEST_F(OutputFault, AStandardErrorThatDoesNotBlockIsWaitedFor)
+{
+    for (int i = 0; i < 1000; ++i) {
+        root.writeFile("one of many tables/" + std::to_string(i) + "/slots", "");
+    }
+    Pipe pipe;
+    pipe.makeSmall();
+    pipe.unblockWriteEnd();
+    Command command = this->command({"many"});
+    command.errDescriptor = pipe.writeEnd();
+    ChildProcess process(command);
+    while (!pipe.isFull()) {
+    }
+    std::string const list = pipe.readToEnd();
+    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 1001);
+    expectFinished(process.finish(), "", "", 1);
+}
+
+TEST_F(OutputFault, AReaderOfStandardErrorThatIsGoneChangesNothingElse)
+{
+    Pipe pipe;
+    pipe.closeReadEnd();
+    auto const withoutReader = [&](std::vector<std::string> arguments) {
+        Command command = this->command(std::move(arguments));
+        command.errDescriptor = pipe.writeEnd();
+        command.environment["DOVAN_DEBUG"] = "9";
+        return QuaskTesting::run(command);
+    };
+    expectFinished(withoutReader({"feed"}), smallScan, "", 0);
+    expectFinished(withoutReader({"--unknown", "feed"}), smallScan, "", 0);
+    expectFinished(withoutReader({"nowhere"}), "", "", 1);
+    TableImage broken = small();
+    broken.bucketLinks[0].value = 5000;
+    broken.writeTo(root, "broken");
+    EXPECT_EQ(withoutReader({"broken"}).signal, SIGABRT);
 }
 
 TEST_F(OutputFault, AReportFileThatCannotBeOpenedIsAnError)
@@ -177,12 +247,44 @@ TEST_F(Interrupted, BySigintAScanLeavesTheFinishedLines)
     expectFinishedLinesAtSignal(SIGINT);
 }
 
+TEST_F(Interrupted, BySigtermInAWriteAScanTearsNoLine)
+{
+    large().writeTo(root, "large");
+    std::string const whole = quask({"-p", "large"}).out;
+    BlockedScan scan(command({"-p", "large"}));
+    Patience const patience;
+    scan.process().kill(SIGTERM);
+    Finished const finished = scan.finish();
+    EXPECT_EQ(finished.signal, SIGTERM);
+    EXPECT_EQ(finished.err, "");
+    if (!patience.lasts()) {
+        GTEST_SKIP() << "the machine needs longer than a signal waits";
+    }
+    EXPECT_TRUE(whole.starts_with(finished.out));
+    EXPECT_TRUE(finished.out.ends_with(" --> none\n"));
+}
+
 TEST_F(Interrupted, BySigtermAScanWhoseReaderTakesNothingEnds)
 {
     large().writeTo(root, "large");
     BlockedScan scan(command({"large"}));
     scan.process().kill(SIGTERM);
     EXPECT_EQ(scan.finishUnread().signal, SIGTERM);
+}
+
+TEST_F(Interrupted, BySigtermInTheWalkAScanWhoseReaderTakesNothingEnds)
+{
+    Pipe pipe;
+    std::string const before = pipe.fill();
+    Command command = this->command({"long"});
+    command.outDescriptor = pipe.writeEnd();
+    ChildProcess process(command);
+    std::string const maps = "/proc/" + std::to_string(process.pid()) + "/maps";
+    while (contentsOf(maps).find(root.path() + "/long/slots") == std::string::npos) {
+    }
+    process.kill(SIGTERM);
+    EXPECT_EQ(process.finish().signal, SIGTERM);
+    EXPECT_TRUE(pipe.readToEnd() == before);
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ std::vector<char*> emulatorFor([[maybe_unused]] std::string const& program)
 {
     dup2(in.readEnd, STDIN_FILENO);
     dup2(command.outDescriptor >= 0 ? command.outDescriptor : out.writeEnd, STDOUT_FILENO);
-    dup2(err.writeEnd, STDERR_FILENO);
+    dup2(command.errDescriptor >= 0 ? command.errDescriptor : err.writeEnd, STDERR_FILENO);
     // Not those that this process has inherited: tests count what descriptors are left.
     close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
     signal(SIGPIPE, SIG_DFL);

@@ -25,6 +25,7 @@ struct Command
     std::vector<std::string> unset = {};                  // variables taken away first
     unsigned userId = 0;     // run as this user, by becomeUser(), if it is not 0
     int outDescriptor = -1;  // standard output goes here instead of into Finished::out
+    int errDescriptor = -1;  // standard error likewise, instead of into Finished::err
     std::string workingDirectory = {};
     std::map<int, unsigned long> limits = {};  // RLIMIT_... to soft and hard limit
     std::vector<int> lacking = {};             // CAP_... that root has and the program has not

@@ -1,0 +1,165 @@
+// What is on the output when the process is ended from outside or by an exception.
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+#include <unistd.h>
+
+#include "base/standard_output.h"
+#include "support/forked.h"
+#include "support/patience.h"
+#include "support/pipe.h"
+
+namespace {
+
+using Dovan::StandardOutput;
+using QuaskTesting::endOf;
+using QuaskTesting::Forked;
+using QuaskTesting::Patience;
+using QuaskTesting::Pipe;
+
+// Runs `body` with standard output going to the pipe.
+template <typename Body>
+Forked printing(Pipe const& pipe, Body body)
+{
+    return Forked([&pipe, body] {
+        StandardOutput output(pipe.writeEnd());
+        StandardOutput::writeRemainderOnTermination();
+        return body();
+    });
+}
+
+char const* const tooSlow = "the machine needs longer than a signal waits";
+
+TEST(StandardOutputEnd, TheRemainderIsWrittenFromASignalHandler)
+{
+    Pipe pipe;
+    Forked process = printing(pipe, [] {
+        static_cast<void>(std::signal(SIGUSR1, [](int) {
+            StandardOutput::writeRemainder();
+            _exit(7);
+        }));
+        std::cout << "finished line\nunfinished";
+        raise(SIGUSR1);
+        return 0;
+    });
+    EXPECT_EQ(pipe.readToEnd(), "finished line\n");
+    EXPECT_EQ(process.end(), 7);
+}
+
+TEST(StandardOutputEnd, ASignalLeavesTheFinishedLines)
+{
+    for (int const number : {SIGHUP, SIGINT, SIGTERM}) {
+        Pipe pipe;
+        Forked process = printing(pipe, [number] {
+            std::cout << "finished line\nunfinished";
+            raise(number);
+            return 0;
+        });
+        EXPECT_EQ(pipe.readToEnd(), "finished line\n");
+        EXPECT_EQ(process.end(), -number);
+    }
+}
+
+[[noreturn]] void fail()
+{
+    throw std::runtime_error("nobody catches this");
+}
+
+TEST(StandardOutputEnd, AnExceptionThatNothingCatchesLeavesTheFinishedLines)
+{
+    Pipe pipe;
+    Forked process = printing(pipe, []() -> int {
+        close(STDERR_FILENO);
+        std::cout << "finished line\nunfinished";
+        []() noexcept { fail(); }();
+        return 0;
+    });
+    EXPECT_EQ(pipe.readToEnd(), "finished line\n");
+    EXPECT_EQ(process.end(), -SIGABRT);
+}
+
+// More lines than a pipe holds.
+std::string const manyLines = [] {
+    std::string lines;
+    for (int i = 0; i < 10000; ++i) {
+        lines += "line " + std::to_string(i) + "\n";
+    }
+    return lines;
+}();
+
+TEST(StandardOutputEnd, WhatIsBeingWrittenWhenASignalComesIsNotWrittenTwice)
+{
+    Pipe pipe;
+    Forked process = printing(pipe, [] {
+        static_cast<void>(std::signal(SIGUSR1, [](int) {
+            StandardOutput::writeRemainder();
+            _exit(7);
+        }));
+        std::cout << manyLines << std::flush;
+        return 0;
+    });
+    while (!pipe.isFull()) {
+    }
+    process.kill(SIGUSR1);
+    EXPECT_TRUE(manyLines.starts_with(pipe.readToEnd()));
+    EXPECT_EQ(process.end(), 7);
+}
+
+TEST(StandardOutputEnd, ASignalDuringAWriteLetsItsLinesBeWritten)
+{
+    Pipe pipe;
+    Forked process = printing(pipe, [] {
+        std::cout << manyLines << std::flush << "not printed any more\n" << std::flush;
+        return 0;
+    });
+    while (!pipe.isFull()) {
+    }
+    Patience const patience;
+    process.kill(SIGTERM);
+    std::string const text = pipe.readToEnd();
+    EXPECT_EQ(process.end(), -SIGTERM);
+    if (!patience.lasts()) {
+        GTEST_SKIP() << tooSlow;
+    }
+    EXPECT_TRUE(text == manyLines);
+}
+
+TEST(StandardOutputEnd, ASignalWithinALineThatIsLongerThanTheBufferWaitsForItsEnd)
+{
+    Pipe pipe;
+    Patience const patience;
+    std::string const piece(300000, 'x');
+    Forked process = printing(pipe, [&piece] {
+        std::cout << piece;
+        raise(SIGTERM);
+        std::cout << "end\n";
+        std::cout << "not printed any more\n" << std::flush;
+        return 0;
+    });
+    std::string const text = pipe.readToEnd();
+    EXPECT_EQ(process.end(), -SIGTERM);
+    if (!patience.lasts()) {
+        GTEST_SKIP() << tooSlow;
+    }
+    EXPECT_TRUE(text == piece + "end\n");
+}
+
+TEST(StandardOutputEnd, ASignalDoesNotWaitForEverForAReaderThatTakesNothing)
+{
+    Pipe pipe;
+    std::string const before = pipe.fill();
+    Forked process = printing(pipe, [] {
+        std::cout << "finished line\n";
+        raise(SIGTERM);
+        return 0;
+    });
+    EXPECT_EQ(process.end(), -SIGTERM);
+    EXPECT_TRUE(pipe.readToEnd() == before);
+}
+
+}  // namespace
