@@ -40,3 +40,4 @@ build() {
 
 build_packages=(cmake g++ ninja-build)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev)
+document_packages=(fish groff mandoc zsh)  # for the tests of manual pages and completions

@@ -215,17 +215,18 @@ protected:
         image.writeTo(root, "long");
     }
 
-    // The signal comes after a random while, until it has met the scan behind the lines; whenever
-    // it comes, no other text may be there than whole lines from the first on.
+    // The signal comes after a random while, which may be longer each time, until it has met the
+    // scan after the lines. Whenever it comes, there may be no other text than whole lines from the
+    // first on.
     void expectFinishedLinesAtSignal(int number)
     {
         std::string const whole = quask({"long"}).out;
         std::string const lines = whole.substr(0, whole.find("Lookaside"));
         std::minstd_rand random(1);
         bool met = false;
-        for (int attempts = 0; attempts < 1000 && !met && !HasFailure(); ++attempts) {
+        for (unsigned attempts = 0; !met && !HasFailure(); ++attempts) {
             ChildProcess process(command({"long"}));
-            usleep(static_cast<useconds_t>(random() % 60000));
+            usleep(static_cast<useconds_t>(random() % (60000 + 1000 * attempts)));
             process.kill(number);
             Finished const finished = process.finish();
             EXPECT_EQ(finished.err, "");
@@ -233,7 +234,6 @@ protected:
             EXPECT_TRUE(finished.out.empty() || finished.out.back() == '\n') << finished.out;
             met = finished.signal == number && finished.out == lines;
         }
-        EXPECT_TRUE(met);
     }
 };
 
