@@ -1,75 +1,25 @@
 #include "support/value_printer.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <map>
 #include <string_view>
 #include <type_traits>
 
-#include "base/decimal.h"
 #include "base/hex.h"
+#include "support/element_text.h"
 
 namespace Dovan::Platform {
 namespace {
 
-// Room for one element of any type: the longest of the others is -2.2250738585072014e-308.
-constexpr std::size_t maxElementText = decimalRoom;
+using ElementText::maxElementText;
+using ElementText::write;
+using ElementText::writeCharacter;
+using ElementText::writeElement;
 
-// Writes one character of a text between `quote`s; at most 4 characters. The address behind them.
-char* writeCharacter(char* out, unsigned char c, char quote)
-{
-    auto const escape = [&out](char letter) {
-        *out++ = '\\';
-        *out++ = letter;
-    };
-    if (c == static_cast<unsigned char>(quote) || c == '\\') {
-        escape(static_cast<char>(c));
-    } else if (c >= 0x20 && c <= 0x7e) {
-        *out++ = static_cast<char>(c);
-    } else if (c == '\n') {
-        escape('n');
-    } else if (c == '\t') {
-        escape('t');
-    } else if (c == '\r') {
-        escape('r');
-    } else {
-        constexpr char digits[] = "0123456789abcdef";
-        escape('x');
-        *out++ = digits[c >> 4];
-        *out++ = digits[c & 0xf];
-    }
-    return out;
-}
-
-char* write(char* out, std::string_view text)
-{
-    return std::copy(text.begin(), text.end(), out);
-}
-
-// Writes the text of one T to `out`, which has room for maxElementText characters; the address
-// behind the text.
-template <typename T>
-char* writeElement(char* out, unsigned char const* bytes)
-{
-    if constexpr (std::is_same_v<T, bool>) {
-        return write(out, *bytes == 0 ? "false" : "true");
-    } else if constexpr (std::is_same_v<T, char>) {
-        *out = '\'';
-        out = writeCharacter(out + 1, *bytes, '\'');
-        *out = '\'';
-        return out + 1;
-    } else {
-        T value;
-        std::memcpy(&value, bytes, sizeof value);
-        if constexpr (std::is_integral_v<T>) {
-            return Dovan::writeDecimal(out, value);
-        } else {
-            return std::to_chars(out, out + maxElementText, value).ptr;
-        }
-    }
-}
+// Bytes of a value whose text is one part of a large text; a multiple of each type's size.
+constexpr std::size_t partSize = std::size_t{32} * 1024;
 
 // The base of all printers.
 class AppendingPrinter : public ValuePrinter
@@ -105,18 +55,35 @@ public:
 
     void append(TextBuffer& out, void const* value) const override
     {
-        auto const* const bytes = static_cast<unsigned char const*>(value);
-        std::string_view separator = "{";
-        for (std::size_t i = 0; i < count_; ++i) {
-            char* end = out.reserve(separator.size() + maxElementText);
-            end = write(end, separator);
-            out.advanceTo(writeElement<T>(end, bytes + i * sizeof(T)));
-            separator = ", ";
-        }
+        appendElements(out, value, 0, count_ * sizeof(T));
         out.append('}');
     }
 
+    std::size_t appendPart(TextBuffer& out, void const* value, std::size_t from) const override
+    {
+        std::size_t const end = std::min(from + partSize, count_ * sizeof(T));
+        appendElements(out, value, from, end);
+        if (end < count_ * sizeof(T)) {
+            return end;
+        }
+        out.append('}');
+        return noMore;
+    }
+
 private:
+    // Those between two offsets, each with what separates it from the one before.
+    static void appendElements(TextBuffer& out, void const* value, std::size_t from, std::size_t to)
+    {
+        auto const* const bytes = static_cast<unsigned char const*>(value);
+        std::string_view separator = from == 0 ? "{" : ", ";
+        for (std::size_t offset = from; offset < to; offset += sizeof(T)) {
+            char* end = out.reserve(separator.size() + maxElementText);
+            end = write(end, separator);
+            out.advanceTo(writeElement<T>(end, bytes + offset));
+            separator = ", ";
+        }
+    }
+
     std::size_t const count_;  // at least 1
 };
 
@@ -127,20 +94,42 @@ public:
 
     void append(TextBuffer& out, void const* value) const override
     {
-        auto const* const bytes = static_cast<unsigned char const*>(value);
-        void const* const nul = std::memchr(bytes, 0, size_);
-        auto const* const bytesEnd =
-            nul == nullptr ? bytes + size_ : static_cast<unsigned char const*>(nul);
-        char* end = out.reserve(4 * static_cast<std::size_t>(bytesEnd - bytes) + 2);
-        *end++ = '"';
-        for (auto const* byte = bytes; byte != bytesEnd; ++byte) {
-            end = writeCharacter(end, *byte, '"');
+        out.append('"');
+        appendCharacters(out, value, 0, size_);
+        out.append('"');
+    }
+
+    std::size_t appendPart(TextBuffer& out, void const* value, std::size_t from) const override
+    {
+        if (from == 0) {
+            out.append('"');
         }
-        *end++ = '"';
-        out.advanceTo(end);
+        std::size_t const end = std::min(from + partSize, size_);
+        bool const ended = appendCharacters(out, value, from, end);
+        if (!ended && end < size_) {
+            return end;
+        }
+        out.append('"');
+        return noMore;
     }
 
 private:
+    // Those between two offsets, up to the first NUL. Whether there was one.
+    static bool appendCharacters(TextBuffer& out, void const* value, std::size_t from,
+                                 std::size_t to)
+    {
+        auto const* const bytes = static_cast<unsigned char const*>(value) + from;
+        void const* const nul = std::memchr(bytes, 0, to - from);
+        auto const* const bytesEnd =
+            nul == nullptr ? bytes + (to - from) : static_cast<unsigned char const*>(nul);
+        char* end = out.reserve(4 * static_cast<std::size_t>(bytesEnd - bytes));
+        for (auto const* byte = bytes; byte != bytesEnd; ++byte) {
+            end = writeCharacter(end, *byte, '"');
+        }
+        out.advanceTo(end);
+        return nul != nullptr;
+    }
+
     std::size_t const size_;
 };
 
@@ -151,11 +140,27 @@ public:
 
     void append(TextBuffer& out, void const* value) const override
     {
-        char* const end = out.reserve(dumpHexLength(size_) + dumpHexSlack);
-        out.advanceTo(writeDumpHex(end, value, size_));
+        appendBytes(out, value, size_);
+    }
+
+    std::size_t appendPart(TextBuffer& out, void const* value, std::size_t from) const override
+    {
+        static_assert(partSize % 4 == 0, "a space lies between two parts");
+        if (from != 0) {
+            out.append(' ');
+        }
+        std::size_t const end = std::min(from + partSize, size_);
+        appendBytes(out, static_cast<unsigned char const*>(value) + from, end - from);
+        return end < size_ ? end : noMore;
     }
 
 private:
+    static void appendBytes(TextBuffer& out, void const* bytes, std::size_t count)
+    {
+        char* const end = out.reserve(dumpHexLength(count) + dumpHexSlack);
+        out.advanceTo(writeDumpHex(end, bytes, count));
+    }
+
     std::size_t const size_;
 };
 
@@ -238,6 +243,22 @@ std::string arraySuffix(std::size_t count)
 }
 
 }  // namespace
+
+std::size_t ValuePrinter::appendPart(TextBuffer& out, void const* value, std::size_t /*from*/) const
+{
+    append(out, value);
+    return noMore;
+}
+
+void ValuePrinter::writeTo(std::ostream& out, void const* value) const
+{
+    TextBuffer part;
+    for (std::size_t from = 0; from != noMore;) {
+        part.clear();
+        from = appendPart(part, value, from);
+        out.write(part.view().data(), static_cast<std::streamsize>(part.size()));
+    }
+}
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): by value is how printers are asked for.
 ValuePrinter const* getValuePrinter(std::string typeName, int valueSize)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <ostream>
 #include <string>
 
 #include "base/text_buffer.h"
@@ -16,6 +18,16 @@ public:
 
     // Appends the same text to `out`.
     virtual void append(Dovan::TextBuffer& out, void const* value) const = 0;
+
+    // Appends a part of the same text to `out`: that of some ten thousand bytes of the value, from
+    // the offset `from` on. The first part is that from 0; the offset that is returned is where the
+    // next one begins, `noMore` after the last.
+    virtual std::size_t appendPart(Dovan::TextBuffer& out, void const* value,
+                                   std::size_t from) const;
+    static constexpr std::size_t noMore = ~std::size_t{0};
+
+    // Writes the same text to `out`, with memory for one part of it at a time.
+    void writeTo(std::ostream& out, void const* value) const;
 
 protected:
     ~ValuePrinter() = default;

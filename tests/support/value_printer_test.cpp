@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <ostream>
 #include <random>
+#include <streambuf>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -230,6 +233,80 @@ TEST(ValuePrinter, AppendingGrowsTheBufferAtEveryFill)
         getValuePrinter("long[1]", 8)->append(text, &value);
         getValuePrinter("x", 8)->append(text, &value);
         ASSERT_EQ(text.view().substr(filled + 20), R"(""{-9223372036854775808}00000000 00000080)");
+    }
+}
+
+// What writeTo() writes, in how many pieces.
+struct Written
+{
+    std::string text;
+    std::size_t pieces = 0;
+    std::size_t longestPiece = 0;
+};
+
+Written writeBytes(std::string const& typeName, std::string_view bytes)
+{
+    struct Pieces final : std::streambuf
+    {
+        std::streamsize xsputn(char const* text, std::streamsize count) override
+        {
+            auto const size = static_cast<std::size_t>(count);
+            written.text.append(text, size);
+            ++written.pieces;
+            written.longestPiece = std::max(written.longestPiece, size);
+            return count;
+        }
+        Written written;
+    };
+    Pieces pieces;
+    std::ostream out(&pieces);
+    getValuePrinter(typeName, static_cast<int>(bytes.size()))->writeTo(out, bytes.data());
+    return pieces.written;
+}
+
+std::string manyBytes(std::size_t size)
+{
+    std::minstd_rand random(7);
+    std::string bytes(size, '\0');
+    for (char& byte : bytes) {
+        byte = static_cast<char>(random() % 255 + 1);
+    }
+    return bytes;
+}
+
+TEST(ValuePrinter, WritesTheSameTextInPieces)
+{
+    constexpr std::size_t part = 32768;
+    for (std::size_t const size : {part - 8, part, part + 8, 2 * part, 10 * part + 24}) {
+        std::string const bytes = manyBytes(size);
+        for (std::string const& type :
+             {std::string("Feed::Book"), "char[" + std::to_string(size) + "]",
+              "bool[" + std::to_string(size) + "]", "double[" + std::to_string(size / 8) + "]",
+              "int16_t[" + std::to_string(size / 2) + "]"}) {
+            Written const written = writeBytes(type, bytes);
+            EXPECT_TRUE(written.text == printBytes(type, bytes)) << type << " of " << size;
+            EXPECT_EQ(written.pieces, (size + part - 1) / part) << type << " of " << size;
+            EXPECT_LE(written.longestPiece, 8 * part);
+        }
+    }
+}
+
+TEST(ValuePrinter, WritesSmallValuesInOnePiece)
+{
+    EXPECT_EQ(writeBytes("int", {"\xf9\xff\xff\xff", 4}).text, "-7");
+    EXPECT_EQ(writeBytes("Feed::Book", "").text, "");
+    EXPECT_EQ(writeBytes("char[3]", "abc").pieces, 1u);
+}
+
+TEST(ValuePrinter, WritesATextUpToTheFirstNulWhereverItIs)
+{
+    constexpr std::size_t part = 32768;
+    std::string const text(3 * part, 'a');
+    for (std::size_t const nul : {std::size_t{0}, part - 1, part, part + 1, 3 * part - 1}) {
+        std::string bytes = text;
+        bytes[nul] = '\0';
+        EXPECT_TRUE(writeBytes("char[98304]", bytes).text == '"' + text.substr(0, nul) + '"')
+            << nul;
     }
 }
 
