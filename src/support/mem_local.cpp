@@ -62,6 +62,15 @@ void* Local::resize(unsigned bytes)
     return address;
 }
 
+void Local::letGo(ByteRange range) const
+{
+    std::size_t const begin = roundUpToPages(range.begin);
+    std::size_t const end = range.end & ~(pageSize_ - 1);
+    if (file.isOpen() && begin < end) {
+        madvise(static_cast<char*>(address) + begin, end - begin, MADV_DONTNEED);
+    }
+}
+
 int Local::detach()
 {
     detached = true;

@@ -53,6 +53,18 @@ public:
     // page.
     std::size_t readableSize() const { return roundUpToPages(size); }
 
+    // The first bytes in `range`, offsets in the mapping, that lie in no hole of the file; see
+    // RegularFile::nextData(). A load from a hole may give the file a page of zeros, which takes
+    // memory. Anonymous memory has no holes.
+    ByteRange nextData(ByteRange range) const
+    {
+        return file.isOpen() ? file.nextData(range) : range;
+    }
+
+    // Lets the whole pages in `range` of a mapped file go from memory, where they count as this
+    // process's; the next load brings them back.
+    void letGo(ByteRange range) const;
+
     // Whether a page of the mapped file could not be read and was replaced by zeros; see
     // UnreadableAsZeros.
     bool hasUnreadablePage() const { return watched.hasUnreadablePage(); }

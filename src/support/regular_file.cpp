@@ -7,7 +7,9 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include "support/mem_local.h"
 #include "support/open_without_links.h"
 
 namespace Mem {
@@ -57,6 +59,19 @@ unsigned RegularFile::size() const
     }
     constexpr off_t largest = std::numeric_limits<unsigned>::max();
     return static_cast<unsigned>(std::min(status.st_size, largest));
+}
+
+ByteRange RegularFile::nextData(ByteRange range) const
+{
+    off_t const data = lseek(descriptor(), static_cast<off_t>(range.begin), SEEK_DATA);
+    if (data < 0) {
+        // ENXIO: there are only holes up to the end of the file.
+        std::size_t const fileEnd = errno == ENXIO ? roundUpToPages(size()) : 0;
+        return {std::clamp(fileEnd, range.begin, range.end), range.end};
+    }
+    off_t const hole = lseek(descriptor(), data, SEEK_HOLE);
+    std::size_t const dataEnd = hole < 0 ? range.end : static_cast<std::size_t>(hole);
+    return {std::min(static_cast<std::size_t>(data), range.end), std::min(dataEnd, range.end)};
 }
 
 bool RegularFile::isNamed(std::string const& path) const

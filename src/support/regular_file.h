@@ -1,11 +1,19 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
 #include "base/descriptor.h"
 
 namespace Mem {
+
+// The bytes from the offset `begin` on, before the offset `end`.
+struct ByteRange
+{
+    std::size_t begin;
+    std::size_t end;
+};
 
 // An open regular file, or none. Anything else is never opened for reading, since opening a device
 // or a pipe may already do something to it. One thread; other processes may lengthen, cut,
@@ -28,6 +36,11 @@ public:
 
     // Its size in bytes now; 0 for none, 4294967295 from 4 GiB on.
     unsigned size() const;
+
+    // The first bytes in `range` that lie in no hole of the file, up to the next hole; none, at the
+    // end of the range, when all lie in holes. A file system may not report its holes, and there
+    // are none after the last page of the file.
+    ByteRange nextData(ByteRange range) const;
 
     // Whether the name leads to this very file now.
     bool isNamed(std::string const& path) const;
