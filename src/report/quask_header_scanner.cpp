@@ -1,6 +1,7 @@
 #include "report/quask_header_scanner.h"
 
 #include <iostream>
+#include <utility>
 
 #include "table/attach_together.h"
 #include "table/header_text.h"
@@ -8,14 +9,17 @@
 
 namespace Quask {
 
-void QuaskTest::getHeaders(QuaskReaderGeneric const& reader, VandralReaderGeneric const& vandral,
-                           std::string& buckets, std::string& slots, std::string& primary,
-                           std::string& secondary)
+QuaskTest::Headers QuaskTest::getHeaders(QuaskReaderGeneric const& reader,
+                                         VandralReaderGeneric const& vandral)
 {
+    std::string buckets;
     formatBucketsHeader(reader.liveBucketsHeader(), buckets);
-    formatSlotsHeader(reader.liveSlotsHeader(), reader.readableSlotBytes(), slots);
-    formatVandralHeader(Vandral::Header(*vandral.primaryHeader), primary);
-    formatVandralHeader(Vandral::Header(*vandral.secondaryHeader), secondary);
+    SlotTable<EmptyValue>::Header const slots(reader.liveSlotsHeader());
+    Headers headers{std::move(buckets), {}, reader.lookasideValue(slots), {}, {}};
+    formatSlotsHeader(slots, headers.slots);
+    formatVandralHeader(Vandral::Header(*vandral.primaryHeader), headers.primary);
+    formatVandralHeader(Vandral::Header(*vandral.secondaryHeader), headers.secondary);
+    return headers;
 }
 
 QuaskHeaderScanner::~QuaskHeaderScanner() = default;
@@ -38,25 +42,20 @@ int QuaskHeaderScanner::doGetHeaders()
                   << " reader for " << name << std::endl;
         return 1;
     }
-    std::string buckets;
-    std::string slots;
-    std::string primary;
-    std::string secondary;
-    QuaskTest::getHeaders(reader, vandral, buckets, slots, primary, secondary);
-    printHeaders(rootPath, buckets, slots, primary, secondary);
+    printHeaders(rootPath, QuaskTest::getHeaders(reader, vandral));
     closeOutput();
     return 0;
 }
 
-void QuaskHeaderScanner::printHeaders(RootPath const& rootPath, std::string const& buckets,
-                                      std::string const& slots, std::string const& primary,
-                                      std::string const& secondary)
+void QuaskHeaderScanner::printHeaders(RootPath const& rootPath, QuaskTest::Headers const& headers)
 {
     *out << "Quask table \"" << rootPath.directory() << "\"\n\n";
-    *out << "Buckets header:" << buckets << std::endl;
-    *out << "Slots header:" << slots << std::endl;
-    *out << "Primary vandral header:" << primary << std::endl;
-    *out << "Secondary vandral header:" << secondary << std::endl;
+    *out << "Buckets header:" << headers.buckets << std::endl;
+    *out << "Slots header:" << headers.slots;
+    headers.lookasideValue.printTo(*out);
+    *out << "\n" << std::endl;
+    *out << "Primary vandral header:" << headers.primary << std::endl;
+    *out << "Secondary vandral header:" << headers.secondary << std::endl;
 }
 
 }  // namespace Quask

@@ -4,6 +4,7 @@
 
 #include "report/quask_scanner_base.h"
 #include "support/root_path.h"
+#include "table/lookaside_value.h"
 #include "table/quask_reader_generic.h"
 #include "table/vandral_reader_generic.h"
 
@@ -11,10 +12,19 @@ namespace Quask {
 
 namespace QuaskTest {
 
-// The four headers as text, whatever they hold. Precondition: both readers are attached.
-void getHeaders(QuaskReaderGeneric const& reader, VandralReaderGeneric const& vandral,
-                std::string& buckets, std::string& slots, std::string& primary,
-                std::string& secondary);
+// The four headers, whatever they hold. What a value's text can be many times as large as is kept
+// as it is.
+struct Headers
+{
+    std::string buckets;
+    std::string slots;  // all but the lookaside value and its newline
+    LookasideValue lookasideValue;
+    std::string primary;
+    std::string secondary;
+};
+
+// Precondition: both readers are attached.
+Headers getHeaders(QuaskReaderGeneric const& reader, VandralReaderGeneric const& vandral);
 
 }  // namespace QuaskTest
 
@@ -31,9 +41,7 @@ public:
     int doGetHeaders();
 
 private:
-    void printHeaders(RootPath const& rootPath, std::string const& buckets,
-                      std::string const& slots, std::string const& primary,
-                      std::string const& secondary);
+    void printHeaders(RootPath const& rootPath, QuaskTest::Headers const& headers);
 };
 
 }  // namespace Quask

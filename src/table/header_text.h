@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 
 #include "table/bucket_table.h"
@@ -15,10 +14,8 @@ namespace Quask::QuaskTest {
 // `live` may be a mapped header.
 void formatBucketsHeader(BucketTable::Header const& live, std::string& out);
 
-// `live` is a mapped header, of which a consistent copy is shown; the value in its lookaside slot
-// is read behind it, as far as `readable` bytes from the header's start on reach.
-void formatSlotsHeader(SlotTable<EmptyValue>::Header const& live, std::size_t readable,
-                       std::string& out);
+// `header` is a consistent copy. Its last line is without the lookaside value and its newline.
+void formatSlotsHeader(SlotTable<EmptyValue>::Header const& header, std::string& out);
 
 // `header` is a consistent copy.
 void formatVandralHeader(Vandral::Header const& header, std::string& out);

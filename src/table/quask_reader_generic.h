@@ -10,6 +10,7 @@
 #include "table/bucket_table.h"
 #include "table/chain_walk.h"
 #include "table/direction.h"
+#include "table/lookaside_value.h"
 #include "table/reader_statistics.h"
 #include "table/scan_handler.h"
 #include "table/slot_reader_generic_table.h"
@@ -85,6 +86,13 @@ public:
 
     // Bytes that can be read from the slot file's mapping.
     std::size_t readableSlotBytes() const { return slots.readableSize(); }
+
+    // A copy of the lookaside value, of the type and size that `header` says, a consistent copy of
+    // the slot header. Precondition: attached.
+    LookasideValue lookasideValue(SlotTable<EmptyValue>::Header const& header) const
+    {
+        return {slots, header};
+    }
 
 private:
     RootPath rootPath;

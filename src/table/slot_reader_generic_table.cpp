@@ -84,6 +84,23 @@ std::uint64_t SlotReaderGenericTable::slotCount() const
     return std::min(std::uint64_t{maxIndex}, std::uint64_t{inside}) + 1;
 }
 
+void SlotReaderGenericTable::copyLookasideValue(unsigned char* zeros, std::size_t size) const
+{
+    // Pages that are copied are let go by so many bytes, so that a large value is not in memory
+    // twice.
+    constexpr std::size_t pieceSize = std::size_t{1} << 20;
+    std::size_t const begin = fixedSize + valueOffset;
+    std::size_t const end = begin + size;
+    for (std::size_t offset = begin; offset < end;) {
+        Mem::ByteRange const data = mem.nextData({offset, end});
+        std::size_t const pieceEnd = std::min(data.end, data.begin + pieceSize);
+        Mem::Atomics::copy(zeros + (data.begin - begin), base() + data.begin,
+                           pieceEnd - data.begin);
+        mem.letGo({offset, pieceEnd});
+        offset = pieceEnd;
+    }
+}
+
 bool SlotReaderGenericTable::validate(std::string& error, ValueFormat& format) const
 {
     Header const copy(*header);

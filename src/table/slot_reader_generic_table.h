@@ -121,6 +121,13 @@ public:
     // many bytes are inside the mapping here.
     unsigned char const* lookasideValue() const { return base() + fixedSize + valueOffset; }
 
+    // Bytes of it that the mapping holds at most.
+    std::size_t lookasideSize() const { return readableSize_ - fixedSize - valueOffset; }
+
+    // Copies its first `size` bytes, which the mapping must hold, to `zeros`, which are all 0. The
+    // file stays as it is on disk and in memory: no hole of it gets a page.
+    void copyLookasideValue(unsigned char* zeros, std::size_t size) const;
+
     // The file's size in bytes now.
     unsigned fileSize() const { return mem.memSize(); }
 

@@ -94,6 +94,18 @@ TEST_F(Exhausted, ATableLargerThanTheAddressSpaceCannotBeAttached)
                    "Error attaching to Quask feed\n", 1);
 }
 
+TEST_F(Exhausted, TheHeaderReportOfALargeValueNeedsMemoryForTheValueOnly)
+{
+    TableImage image = TableImage::of("int8_t[16777216]", 16 * megabyte);
+    image.lookaside.value = std::string(16 * megabyte, '\x9c');
+    image.writeTo(root, "feed");
+    Finished const run = withMemory(RLIMIT_DATA, 20 * megabyte, {"-x", "feed"});
+    EXPECT_THAT(run.out, HasSubstr("\tLookaside value: {-100, -100, -100, -100"));
+    EXPECT_GT(run.out.size(), 6 * 16 * megabyte);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.exitStatus, 0);
+}
+
 TEST_F(Exhausted, ALineLargerThanTheMemoryEndsTheScanBehindTheLinesBefore)
 {
     TableImage image = TableImage::of("int", 4).buckets(2).chain(0, {{0, bytesOf(7)}});
