@@ -15,7 +15,7 @@ std::string violationBeside(char const* operation, std::uint32_t freeSlots = 1)
     SmallTable::Shape shape;
     shape.freeSlots = freeSlots;
     Scenario scenario(shape, {operationNamed(operation)});
-    return scenario.walk<InterleavedMemory, Checks>().violation;
+    return scenario.walk<InterleavedMemory, ByChainWalk<Checks>>().violation;
 }
 
 struct WithoutLinkVersion : Quask::AllWalkChecks

@@ -40,11 +40,35 @@ Obstacle::~Obstacle()
 Scenario::Scenario(SmallTable::Shape const& shape, std::vector<Operation> const& operations)
     : table_(shape), replay_(table_.directory())
 {
-    stores = storesOf(table_.writer(), [&] {
-        for (Operation const& operation : operations) {
-            possible_ = possible_ && operation.run(table_);
-        }
+    stores = storesOf(table_.writer(), [&] { carryOut(operations); });
+}
+
+Scenario::Scenario(SmallTable::Shape const& shape, Death const& death,
+                   std::vector<Operation> const& operations)
+    : Scenario(shape, {death.operation})
+{
+    possible_ = possible_ && death.stores < stores.size();
+    if (!possible_) {
+        return;
+    }
+    stores.resize(death.stores);
+    replay_.restore();
+    for (StoreStep const& store : stores) {
+        replay_.apply(store);
+    }
+    table_.openForTakeOver();
+    auto const more = storesOf(table_.writer(), [&] {
+        table_.takeOver();
+        carryOut(operations);
     });
+    stores.insert(stores.end(), more.begin(), more.end());
+}
+
+void Scenario::carryOut(std::vector<Operation> const& operations)
+{
+    for (Operation const& operation : operations) {
+        possible_ = possible_ && operation.run(table_);
+    }
 }
 
 unsigned Scenario::endless()

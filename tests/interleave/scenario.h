@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,17 @@ private:
     void* page_;
 };
 
+// The walk that a scenario looks at. Another one is a type with such a function, which walks the
+// first buckets upward.
+template <typename Checks = Quask::AllWalkChecks>
+struct ByChainWalk
+{
+    static void run(Quask::QuaskReaderGeneric& reader, WalkRecorder& recorder)
+    {
+        reader.scan<Checks>(recorder, 0, SmallTable::walkedBuckets, Quask::Direction::upward, true);
+    }
+};
+
 // A small table to which a writer does something, and whose readers are looked at meanwhile. One at
 // a time. `Memory` is InterleavedMemory or WeaklyOrderedMemory, made with `arguments`.
 class Scenario
@@ -39,6 +51,17 @@ class Scenario
 public:
     // Has the operations done one after the other.
     Scenario(SmallTable::Shape const& shape, std::vector<Operation> const& operations);
+
+    // A writer that dies: with so many stores of the operation made, and more to make.
+    struct Death
+    {
+        Operation operation;
+        std::size_t stores;
+    };
+
+    // Another writer takes over, and does the operations.
+    Scenario(SmallTable::Shape const& shape, Death const& death,
+             std::vector<Operation> const& operations);
 
     // Whether all operations could be done.
     bool isPossible() const { return possible_; }
@@ -67,49 +90,67 @@ public:
         });
     }
 
-    // A walk over the two buckets by the walk's own code.
-    template <typename Memory, typename Checks = Quask::AllWalkChecks, typename... Arguments>
+    // A walk over the two buckets.
+    template <typename Memory, typename Walk = ByChainWalk<>, typename... Arguments>
     Exploration walk(Arguments... arguments)
     {
+        // One serves all executions that leave its mapping as it was.
+        std::optional<SetUpReader> reader;
         auto const execution = [&](ScheduledMemory& memory, Exploration& result) {
-            Quask::QuaskReaderGeneric reader(SmallTable::tableName);
-            std::string const failure = setUp(reader);
-            Obstacle const obstacle(reader);
-            SchedulesLoads const scheduling(memory, placesIn(reader));
-            return failure.empty() ? walkOnce<Checks>(memory, reader, result) : failure;
+            if (!reader || reader->hasMapped()) {
+                reader.reset();
+                reader.emplace();
+            }
+            std::string const failure = reader->failure;
+            SchedulesLoads const scheduling(memory, placesIn(reader->reader));
+            return failure.empty() ? walkOnce<Walk>(memory, reader->reader, result) : failure;
         };
         return exploreAll<Memory>(execution, arguments...);
     }
 
     // The same with the reader's set-up, during which the writer is at work already.
-    template <typename Memory>
+    template <typename Memory, typename Walk = ByChainWalk<>>
     Exploration setUpAndWalk()
     {
         return exploreAll<Memory>([&](ScheduledMemory& memory, Exploration& result) {
             Quask::QuaskReaderGeneric reader(SmallTable::tableName);
             SchedulesLoads const scheduling(memory, placesIn(reader));
             std::string const failure = setUp(reader);
-            return failure.empty() ? walkOnce<Quask::AllWalkChecks>(memory, reader, result)
-                                   : failure;
+            return failure.empty() ? walkOnce<Walk>(memory, reader, result) : failure;
         });
     }
 
 private:
+    // A reader that is set up while the writer is at rest.
+    struct SetUpReader
+    {
+        // Whether it has mapped its files again since.
+        bool hasMapped() const { return reader.readerStatistics().remaps != 0; }
+
+        Quask::QuaskReaderGeneric reader{SmallTable::tableName};
+        std::string const failure = setUp(reader);
+        Obstacle const obstacle{reader};
+    };
+
     // More loads in a row than any reader makes while the writer stands still, wherever that is.
     // The longest is a walk that ends the chain that it is on, maps the slots again, walks that
     // chain once more, and the other one.
     unsigned endless();
 
+    void carryOut(std::vector<Operation> const& operations);
+
     static std::string setUp(Quask::QuaskReaderGeneric& reader);
 
-    template <typename Checks>
+    template <typename Walk>
     std::string walkOnce(ScheduledMemory& memory, Quask::QuaskReaderGeneric& reader,
                          Exploration& result)
     {
         WalkRecorder recorder(memory, table_.valueSize());
-        reader.scan<Checks>(recorder, 0, SmallTable::walkedBuckets, Quask::Direction::upward, true);
-        result.restarts += reader.chainRestarts();
-        result.lookasideHits += reader.lookasideHits();
+        auto const restarts = reader.chainRestarts();
+        auto const lookasideHits = reader.lookasideHits();
+        Walk::run(reader, recorder);
+        result.restarts += reader.chainRestarts() - restarts;
+        result.lookasideHits += reader.lookasideHits() - lookasideHits;
         result.remaps += reader.readerStatistics().remaps;
         result.movedRemaps += reader.readerStatistics().movedRemaps;
         return violationIn(memory, recorder.chains(), SmallTable::walkedBuckets);

@@ -4,6 +4,8 @@
 
 #include "support/proving_headers.h"
 #include "support/proving_values.h"
+#include "support/table_checks.h"
+#include "support/table_files.h"
 
 namespace QuaskTesting {
 namespace {
@@ -21,7 +23,7 @@ TableShape tableShape(SmallTable::Shape const& shape)
 
 }  // namespace
 
-SmallTable::SmallTable(Shape const& shape) : writer_(directory(), tableShape(shape))
+SmallTable::SmallTable(Shape const& shape) : writer_(std::in_place, directory(), tableShape(shape))
 {
     for (std::uint32_t i = 0; i < shape.others; ++i) {
         insert(1000 + i, walkedBuckets);
@@ -41,7 +43,7 @@ bool SmallTable::insert(std::uint32_t key, std::uint32_t bucket)
     if (elements_.count(key) != 0) {
         return false;
     }
-    elements_[key] = {bucket, writer_.insert(bucket, nextValue(key))};
+    elements_[key] = {bucket, writer_->insert(bucket, nextValue(key))};
     return true;
 }
 
@@ -51,7 +53,7 @@ bool SmallTable::update(std::uint32_t key)
     if (element == elements_.end()) {
         return false;
     }
-    writer_.update(element->second.slot, nextValue(key));
+    writer_->update(element->second.slot, nextValue(key));
     return true;
 }
 
@@ -61,30 +63,47 @@ bool SmallTable::remove(std::uint32_t key)
     if (element == elements_.end()) {
         return false;
     }
-    writer_.remove(element->second.bucket, element->second.slot);
+    writer_->remove(element->second.bucket, element->second.slot);
     elements_.erase(element);
     return true;
 }
 
 bool SmallTable::grow(std::uint32_t slots)
 {
-    bool const possible = writer_.slots() + slots <= writer_.maxSlots();
+    bool const possible = writer_->slots() + slots <= writer_->maxSlots();
     if (possible) {
-        writer_.grow(writer_.slots() + slots);
+        writer_->grow(writer_->slots() + slots);
     }
     return possible;
 }
 
 bool SmallTable::rewriteSlotHeader()
 {
-    advanceSlotsHeader(writer_, ++slotHeaderGeneration_);
+    advanceSlotsHeader(*writer_, ++slotHeaderGeneration_);
     return true;
 }
 
 bool SmallTable::rewriteVandralHeader()
 {
-    advanceVandralHeader(writer_, ++vandralHeaderGeneration_);
+    advanceVandralHeader(*writer_, ++vandralHeaderGeneration_);
     return true;
+}
+
+void SmallTable::openForTakeOver()
+{
+    writer_.emplace(TableWriter::BeforeTakeOver(), directory());
+}
+
+void SmallTable::takeOver()
+{
+    writer_->takeOver();
+    elements_.clear();
+    TableImage const table = TableImage::load(directory());
+    for (std::uint32_t bucket = 0; bucket < table.bucketLinks.size(); ++bucket) {
+        for (std::uint32_t const slot : slotsFrom(table, table.bucketLinks[bucket].value)) {
+            elements_[provenBy(shownValue(table, slot)).value().key] = {bucket, slot};
+        }
+    }
 }
 
 std::vector<Operation> const& allOperations()

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -44,9 +45,14 @@ public:
     bool rewriteSlotHeader();
     bool rewriteVandralHeader();
 
-    TableWriter& writer() { return writer_; }
+    // The writer has died, and left the files as they are: another opens them, which has stored
+    // nothing yet, and then takes over.
+    void openForTakeOver();
+    void takeOver();
+
+    TableWriter& writer() { return *writer_; }
     std::string directory() const { return root_.path() + "/" + tableName; }
-    std::uint32_t valueSize() const { return writer_.valueSize(); }
+    std::uint32_t valueSize() const { return writer_->valueSize(); }
 
     static constexpr char const* tableName = "eq";
 
@@ -60,7 +66,7 @@ private:
     std::string nextValue(std::uint32_t key);
 
     PrivateRoot root_;
-    TableWriter writer_;
+    std::optional<TableWriter> writer_;
     std::map<std::uint32_t, Element> elements_;           // by key
     std::map<std::uint32_t, std::uint32_t> generations_;  // by key; the next one's number
     std::uint32_t slotHeaderGeneration_ = 0;

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cctype>
-
 #include "interleave/memories.h"
+#include "interleave/operation_name.h"
 #include "interleave/scenario.h"
 
 // Walks beside a writer that may do its next store in front of any load, and on a machine that may
@@ -11,19 +9,6 @@
 namespace {
 
 using namespace QuaskTesting;
-
-std::string testName(testing::TestParamInfo<Operation> const& info)
-{
-    std::string name;
-    bool capital = true;
-    for (char const c : std::string(info.param.name)) {
-        if (c != ' ') {
-            name += capital ? static_cast<char>(std::toupper(c)) : c;
-        }
-        capital = c == ' ';
-    }
-    return name;
-}
 
 class WalkBeside : public testing::TestWithParam<Operation>
 {

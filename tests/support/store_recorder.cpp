@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,12 +18,6 @@ void check(bool succeeded)
     if (!succeeded) {
         throw std::runtime_error("cannot replay a table's stores");
     }
-}
-
-void writeAt(int descriptor, std::string_view bytes, std::uint64_t offset)
-{
-    check(pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset)) ==
-          static_cast<ssize_t>(bytes.size()));
 }
 
 }  // namespace
@@ -60,47 +55,64 @@ void StoreRecorder::record(StoreStep step)
 
 StoreReplay::StoreReplay(std::string const& directory)
 {
-    for (TableFile const file : allTableFiles) {
-        std::string const path = directory + "/" + fileName(file);
-        kept(file).descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC);
-        check(kept(file).descriptor >= 0);
-        kept(file).contents = contents(file);
+    for (TableFile const each : allTableFiles) {
+        Kept& file = kept(each);
+        std::string const path = directory + "/" + fileName(each);
+        file.descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC);
+        check(file.descriptor >= 0);
+        void* const mapping =
+            mmap(nullptr, reserve, PROT_READ | PROT_WRITE, MAP_SHARED, file.descriptor, 0);
+        check(mapping != MAP_FAILED);
+        file.mapping = static_cast<char*>(mapping);
+        file.contents = contents(each);
     }
 }
 
 StoreReplay::~StoreReplay()
 {
     for (Kept const& file : files_) {
+        munmap(file.mapping, reserve);
         close(file.descriptor);
+    }
+}
+
+std::uint64_t StoreReplay::length(Kept const& file)
+{
+    struct stat status = {};
+    check(fstat(file.descriptor, &status) == 0 &&
+          static_cast<std::uint64_t>(status.st_size) <= reserve);
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+void StoreReplay::setLength(Kept const& file, std::uint64_t length)
+{
+    if (length != StoreReplay::length(file)) {
+        check(length <= reserve && ftruncate(file.descriptor, static_cast<off_t>(length)) == 0);
     }
 }
 
 void StoreReplay::restore()
 {
     for (Kept const& file : files_) {
-        check(ftruncate(file.descriptor, static_cast<off_t>(file.contents.size())) == 0);
-        writeAt(file.descriptor, file.contents, 0);
+        setLength(file, file.contents.size());
+        file.contents.copy(file.mapping, file.contents.size());
     }
 }
 
 void StoreReplay::apply(StoreStep const& step)
 {
-    int const descriptor = kept(step.file).descriptor;
+    Kept const& file = kept(step.file);
     if (step.lengthens()) {
-        check(ftruncate(descriptor, static_cast<off_t>(step.offset)) == 0);
+        setLength(file, step.offset);
     } else {
-        writeAt(descriptor, step.bytes, step.offset);
+        check(step.offset + step.bytes.size() <= reserve);
+        step.bytes.copy(file.mapping + step.offset, step.bytes.size());
     }
 }
 
 std::string StoreReplay::contents(TableFile file) const
 {
-    struct stat status = {};
-    check(fstat(kept(file).descriptor, &status) == 0);
-    std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
-    check(pread(kept(file).descriptor, bytes.data(), bytes.size(), 0) ==
-          static_cast<ssize_t>(bytes.size()));
-    return bytes;
+    return {kept(file).mapping, length(kept(file))};
 }
 
 }  // namespace QuaskTesting

@@ -79,7 +79,7 @@ std::vector<StoreStep> storesOf(TableWriter const& writer, Operation&& operation
 //     for (auto const& step : steps) { replay.apply(step); ... }
 //
 // A step becomes visible in every mapping of the file as a whole, as long as it is one word and no
-// other thread looks on. Failures throw std::runtime_error.
+// other thread looks on; it lies inside the file. Files of more than 16 MiB and failures throw std::runtime_error.
 class StoreReplay
 {
 public:
@@ -102,8 +102,13 @@ private:
     struct Kept
     {
         int descriptor = -1;
+        char* mapping = nullptr;  // of `reserve` bytes, however long the file is
         std::string contents;
     };
+    static constexpr std::uint64_t reserve = 1 << 24;
+
+    static std::uint64_t length(Kept const& file);
+    static void setLength(Kept const& file, std::uint64_t length);
     Kept& kept(TableFile file) { return files_[static_cast<std::size_t>(file)]; }
     Kept const& kept(TableFile file) const { return files_[static_cast<std::size_t>(file)]; }
 

@@ -49,12 +49,21 @@ TableWriter::TableWriter(std::string const& directory, TableShape const& shape)
     grow(shape.slots);
 }
 
-TableWriter::TableWriter(std::string const& directory)
+TableWriter::TableWriter(std::string const& directory) : TableWriter(BeforeTakeOver(), directory)
+{
+    takeOver();
+}
+
+TableWriter::TableWriter(BeforeTakeOver, std::string const& directory)
     : buckets_(path(directory, TableFile::buckets)),
       slots_(path(directory, TableFile::slots)),
       vandral1_(path(directory, TableFile::vandral1))
 {
     openFiles();
+}
+
+void TableWriter::takeOver()
+{
     finishUpdate();
     mendLists();
     auto const pid = static_cast<std::uint32_t>(getpid());

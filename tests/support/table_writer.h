@@ -45,6 +45,12 @@ public:
     // file is missing, std::runtime_error when the contents cannot be a dead writer's.
     explicit TableWriter(std::string const& directory);
 
+    // The same, but nothing is stored before takeOver(), which is to be called before all else.
+    struct BeforeTakeOver
+    {};
+    TableWriter(BeforeTakeOver, std::string const& directory);
+    void takeOver();
+
     // Adds an element of these valueSize() bytes at the head of the bucket's chain; its slot. Grows
     // the table when no slot is free. Throws std::length_error when it has maxSlots() already.
     std::uint32_t insert(std::uint32_t bucket, std::string_view value);
