@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -94,7 +93,7 @@ void reportClients(QuaskClientScanner const& scanner, std::vector<std::string> c
         }
     }
     scanner.determineReaders(keyShadow, shadowAndKeyShadow, all, shadow, passive);
-    std::map<int, std::string> commands;
+    QuaskClientScanner::CommandCache commands;
     for (int pid = firstPid; pid < firstPid + maximumProcesses; ++pid) {
         commands[pid] = "feeder";
     }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
-#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -38,7 +37,10 @@ bool QuaskClientScanner::categorizeClient(std::string const& info, QuaskClientLi
         trace(*handler, 9, text, procName);
         // A pid that is no number (a process directory such as "self") becomes 0.
         auto const number = static_cast<std::int32_t>(std::strtol(pid.c_str(), nullptr, 10));
-        clients.push_back({number, procName, ""});
+        // The records of a process come one after the other, and share its name.
+        bool const isNew = clients.empty() || clients.back().procName.text() != procName;
+        clients.push_back(
+            {number, isNew ? Model::SharedText(procName) : clients.back().procName, {}});
     };
     bool const readOnly = permissions.starts_with("r-");
     if (fileType == "vandral.1") {
@@ -107,7 +109,7 @@ void QuaskClientScanner::populateCommandNames(QuaskClientList& writers,
                                               QuaskClientList& shadowReaders,
                                               QuaskClientList& keyShadowReaders,
                                               QuaskClientList& readers,
-                                              std::map<int, std::string>& commands) const
+                                              CommandCache& commands) const
 {
     doPopulateCommandNames(writers, commands);
     doPopulateCommandNames(shadowReaders, commands);
@@ -116,7 +118,7 @@ void QuaskClientScanner::populateCommandNames(QuaskClientList& writers,
 }
 
 void QuaskClientScanner::doPopulateCommandNames(QuaskClientList& clients,
-                                                std::map<int, std::string>& commands) const
+                                                CommandCache& commands) const
 {
     for (Model::QuaskClient& client : clients) {
         require(client.pid != 0, "pid");
@@ -125,10 +127,12 @@ void QuaskClientScanner::doPopulateCommandNames(QuaskClientList& clients,
             std::string const commandLine = Util::readCmdline(*handler, client.pid);
             std::string_view const program =
                 std::string_view(commandLine).substr(0, commandLine.find(' '));
-            command->second = behindLastSlash(program);
-            trace(*handler, 5, "Extracted command ", command->second, " for pid ", client.pid);
+            command->second = std::string(behindLastSlash(program));
+            trace(*handler, 5, "Extracted command ", command->second.text(), " for pid ",
+                  client.pid);
         } else {
-            trace(*handler, 5, "Found command ", command->second, " in cache for ", client.pid);
+            trace(*handler, 5, "Found command ", command->second.text(), " in cache for ",
+                  client.pid);
         }
         client.command = command->second;
     }

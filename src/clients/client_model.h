@@ -2,9 +2,12 @@
 
 #include <compare>
 #include <cstdint>
+#include <iosfwd>
 #include <map>
 #include <string>
 #include <vector>
+
+#include "clients/shared_text.h"
 
 namespace Quask {
 
@@ -21,12 +24,13 @@ enum class QuaskType
 
 namespace Quask::Model {
 
-// One process in one role. Ordered by pid, then the two names byte by byte.
+// One process in one role. Ordered by pid, then the two names byte by byte. There is one for each
+// mapping that speaks for the role, so those of one process share its names.
 struct QuaskClient
 {
     std::int32_t pid = 0;
-    std::string procName;  // name of the file behind the process's first mapping
-    std::string command;   // from the process's command line; empty until it has been looked up
+    SharedText procName;  // name of the file that the process's first mapping is of
+    SharedText command;   // from the process's command line; empty until it has been looked up
 
     // NOLINTNEXTLINE(modernize-use-nullptr): there is no pointer in it.
     friend auto operator<=>(QuaskClient const&, QuaskClient const&) = default;
@@ -36,6 +40,9 @@ struct QuaskClient
 struct HeaderInfo
 {
     static constexpr std::uint32_t notAvailable = 0xFFFFFFFF;
+
+    // Whether all five are available.
+    bool isComplete() const;
 
     // Two lines: the four capacities, then the occupied slots; "NA" for a value not available.
     std::string print() const;
@@ -59,14 +66,20 @@ public:
     // `tablePath` is the directory of the table's files. Every role has an empty list.
     explicit QuaskTable(std::string const& tablePath);
 
-    QuaskTable(std::string const& tablePath, ClientList const& writers, ClientList const& shadows,
+    QuaskTable(std::string tablePath, ClientList const& writers, ClientList const& shadows,
                ClientList const& keyshadows, ClientList const& readers);
 
-    // The table's section of the client report: title, header figures, a line of clients per role,
-    // an empty line.
+    // Whether any role has a client.
+    bool hasClients() const;
+
+    // The table's section of the client report: title, header figures, one line of clients per
+    // role, an empty line. A role without a list is reported on standard error and has none.
     std::string print() const;
 
-    // The clients of one role, each followed by a blank; "None" when there is none. A role without
+    // Prints the same text on `out`, a long one in pieces: it is never all in memory.
+    void print(std::ostream& out) const;
+
+    // The clients of one role, each followed by a space; "None" when there is none. A role without
     // a list is reported on standard error and has none.
     std::string printClients(QuaskType const& type) const;
 

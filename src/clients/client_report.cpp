@@ -1,12 +1,11 @@
 // The two client reports: of one table, and of all tables.
 
-#include <cstdint>
 #include <cstdlib>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -24,7 +23,6 @@ namespace Quask {
 namespace {
 
 using Dovan::trace;
-using Model::HeaderInfo;
 using Model::QuaskTable;
 
 // Without root, the processes of other users cannot be looked into and are missing from the report.
@@ -33,18 +31,6 @@ void warnUnlessRoot()
     if (std::getenv("J5_CHROOT") == nullptr && getuid() != 0) {
         std::cout << "You should run this command as root." << std::endl;
     }
-}
-
-bool isComplete(HeaderInfo const& info)
-{
-    for (std::uint32_t const figure :
-         {info.buckets, info.primaryNotifications, info.secondaryNotifications, info.slots,
-          info.occupiedSlots}) {
-        if (figure == HeaderInfo::notAvailable) {
-            return false;
-        }
-    }
-    return true;
 }
 
 }  // namespace
@@ -61,10 +47,9 @@ void QuaskClientScanner::getHeaderInfo(std::string const& table, QuaskTable& mod
     QuaskTest::populateQuaskTableHeaderInfo(reader, vandral, model);
 }
 
-bool QuaskClientScanner::assignClients(std::string const& tablePath,
+bool QuaskClientScanner::assignClients(std::string tablePath,
                                        std::vector<std::string> const& infoList,
-                                       std::map<int, std::string>& commands,
-                                       QuaskTable& table) const
+                                       CommandCache& commands, QuaskTable& table) const
 {
     QuaskClientList writers;
     QuaskClientList keyShadowReaders;
@@ -81,13 +66,14 @@ bool QuaskClientScanner::assignClients(std::string const& tablePath,
     determineReaders(keyShadowReaders, shadowAndKeyShadow, allReaders, shadowReaders,
                      passiveReaders);
     populateCommandNames(writers, shadowReaders, keyShadowReaders, passiveReaders, commands);
-    table = QuaskTable(tablePath, writers, shadowReaders, keyShadowReaders, passiveReaders);
+    table =
+        QuaskTable(std::move(tablePath), writers, shadowReaders, keyShadowReaders, passiveReaders);
     return false;
 }
 
 bool QuaskClientScanner::getClients(std::string const& rootPath, QuaskTable& table) const
 {
-    std::map<int, std::string> commands;
+    CommandCache commands;
     if (assignClients(rootPath, extractMmapInfo(rootPath), commands, table)) {
         return true;
     }
@@ -98,16 +84,21 @@ bool QuaskClientScanner::getClients(std::string const& rootPath, QuaskTable& tab
 bool QuaskClientScanner::getAllClients(std::string const& rootPath,
                                        std::set<QuaskTable>& tables) const
 {
-    std::map<int, std::string> commands;
-    for (auto const& [path, infoList] : extractMmapInfoByTable(rootPath)) {
-        trace(*handler, 5, "Analyzing quask ", path, " with mmapInfo.size: ", infoList.size());
+    CommandCache commands;
+    // Each path is there once: the map gives it to the table. It may be much longer than PATH_MAX.
+    TableToInfoMap infoByTable = extractMmapInfoByTable(rootPath);
+    while (!infoByTable.empty()) {
+        auto entry = infoByTable.extract(infoByTable.begin());
+        std::vector<std::string> const& infoList = entry.mapped();
+        trace(*handler, 5, "Analyzing quask ", entry.key(),
+              " with mmapInfo.size: ", infoList.size());
         QuaskTable table;
-        if (assignClients(path, infoList, commands, table)) {
+        if (assignClients(std::move(entry.key()), infoList, commands, table)) {
             return true;
         }
         // A table outside the root directory loses as many characters of its path.
-        getHeaderInfo(path.substr(rootPath.size() + 1), table);
-        tables.insert(table);
+        getHeaderInfo(table.name.substr(rootPath.size() + 1), table);
+        tables.insert(std::move(table));
     }
     return false;
 }
@@ -130,8 +121,8 @@ bool QuaskClientScanner::addClientlessQuasks(std::string const& rootPath,
         }
         QuaskTable table(rootPath + "/" + name);
         getHeaderInfo(name, table);
-        if (isComplete(table.headerInfo)) {
-            tables.insert(table);
+        if (table.headerInfo.isComplete()) {
+            tables.insert(std::move(table));
         } else {
             trace(*handler, 5, "Suppressing clientless quask ", name, " with missing header info");
         }
@@ -139,16 +130,38 @@ bool QuaskClientScanner::addClientlessQuasks(std::string const& rootPath,
     return false;
 }
 
+bool QuaskClientScanner::lookUpTable(QuaskTable& table) const
+{
+    RootPath const rootPath(*handler, tableNameText(), false);
+    if (getClients(rootPath.directory(), table)) {
+        std::cerr << "Error getting clients of Quask " << tableNameText() << std::endl;
+        return true;
+    }
+    return false;
+}
+
+bool QuaskClientScanner::lookUpAllTables(std::set<QuaskTable>& tables) const
+{
+    RootPath const rootPath(*handler, "", false);
+    if (getAllClients(rootPath.directory(), tables)) {
+        std::cerr << "Error getting readers and writers of Quask" << std::endl;
+        return true;
+    }
+    if (addClientlessQuasks(rootPath.directory(), tables)) {
+        std::cerr << "Error adding clientless Quasks" << std::endl;
+        return true;
+    }
+    return false;
+}
+
 int QuaskClientScanner::doGetClientInfo()
 {
     warnUnlessRoot();
-    RootPath const rootPath(*handler, tableNameText(), false);
     QuaskTable table;
-    if (getClients(rootPath.directory(), table)) {
-        std::cerr << "Error getting clients of Quask " << tableNameText() << std::endl;
+    if (lookUpTable(table)) {
         return 1;
     }
-    *out << table.print();
+    table.print(*out);
     closeOutput();
     return 0;
 }
@@ -156,21 +169,15 @@ int QuaskClientScanner::doGetClientInfo()
 int QuaskClientScanner::doGetAllClientInfo()
 {
     warnUnlessRoot();
-    RootPath const rootPath(*handler, "", false);
     std::set<QuaskTable> tables;
-    if (getAllClients(rootPath.directory(), tables)) {
-        std::cerr << "Error getting readers and writers of Quask" << std::endl;
-        return 1;
-    }
-    if (addClientlessQuasks(rootPath.directory(), tables)) {
-        std::cerr << "Error adding clientless Quasks" << std::endl;
+    if (lookUpAllTables(tables)) {
         return 1;
     }
     if (tables.empty()) {
         *out << "No Quasks" << std::endl;
     }
     for (QuaskTable const& table : tables) {
-        *out << table.print();
+        table.print(*out);
     }
     closeOutput();
     return 0;

@@ -1,5 +1,6 @@
 #include "clients/maps_file.h"
 
+#include <cerrno>
 #include <cstring>
 
 #include <fcntl.h>
@@ -8,7 +9,7 @@
 namespace Quask {
 namespace {
 
-// The kernel gives a page a read, however large the buffer.
+// The kernel gives one page per read, however large the buffer.
 constexpr std::size_t initialCapacity = std::size_t{16} * 1024;
 
 }  // namespace
@@ -22,6 +23,7 @@ bool MapsFile::open(std::string const& path)
 {
     close();
     descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    error_ = isOpen() ? 0 : errno;
     begin_ = end_ = 0;
     return isOpen();
 }
@@ -56,6 +58,9 @@ bool MapsFile::nextLine(std::string_view& line)
 // Adds to the bytes not yet given out, which it moves to the start of the buffer.
 bool MapsFile::readMore()
 {
+    if (!isOpen()) {
+        return false;
+    }
     if (begin_ > 0) {
         std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
         end_ -= begin_;
@@ -66,6 +71,7 @@ bool MapsFile::readMore()
     }
     ssize_t const count = ::read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
     if (count <= 0) {
+        error_ = count < 0 ? errno : 0;
         return false;
     }
     end_ += static_cast<std::size_t>(count);

@@ -18,8 +18,7 @@ public:
     MapsFile& operator=(MapsFile const&) = delete;
     ~MapsFile();
 
-    // Closes the former file and opens this one at its start; false, with errno set, when that
-    // fails.
+    // Closes the former file and opens this one at its start; false when that fails.
     bool open(std::string const& path);
 
     bool isOpen() const { return descriptor_ >= 0; }
@@ -31,10 +30,14 @@ public:
     // cut short.
     bool nextLine(std::string_view& line);
 
+    // Why the file could not be opened, or not be read to its end: an errno; 0 when nothing failed.
+    int error() const { return error_; }
+
 private:
     bool readMore();
 
     int descriptor_ = -1;
+    int error_ = 0;
     std::vector<char> buffer_;
     // buffer_[begin_, end_) has been read from the file and not yet been given out.
     std::size_t begin_ = 0;

@@ -1,24 +1,18 @@
-// Which processes have which table files mapped: /proc/PID/maps of every process.
+// Which table files a process has mapped: its /proc/PID/maps.
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include <dirent.h>
-#include <sys/stat.h>
-
 #include "base/debug_handler.h"
-#include "base/exception.h"
 #include "clients/maps_file.h"
 #include "clients/quask_client_scanner.h"
 #include "clients/require.h"
 #include "clients/tokens.h"
-#include "finder/dir_node.h"
 
 namespace Quask {
 namespace {
@@ -59,22 +53,12 @@ bool mayCount(std::string_view line)
     return rest.find(' ') != std::string_view::npos || isFileType(behindLastSlash(rest));
 }
 
-bool isThere(std::string const& path)
-{
-    struct stat ignored = {};
-    return stat(path.c_str(), &ignored) == 0;
-}
-
 // Calls add(directory, info) for every mapping, in the order of the lines, of a counted file that
 // lies in a directory for which isWanted(directory) holds. `directory` is valid for the call only.
 template <typename IsWanted, typename Add>
 void forEachMapping(DebugHandler& handler, String const& mapsPath, MapsFile& maps,
                     IsWanted isWanted, Add add)
 {
-    if (!maps.isOpen()) {
-        trace(handler, 5, "file ", mapsPath, " no longer exists");
-        return;
-    }
     std::string_view line;
     do {
         if (!maps.nextLine(line)) {
@@ -129,38 +113,6 @@ String QuaskClientScanner::getToken(String const& line, unsigned index,
     return String(nthToken(line, index, delimiters));
 }
 
-bool QuaskClientScanner::readNextMmap(DirNode& proc, std::string& mapsPath) const
-{
-    MapsFile maps;
-    return readNextMmap(proc, mapsPath, maps);
-}
-
-// To open a file proves that it is there, which spares every process a call: only what cannot be
-// opened is looked for.
-bool QuaskClientScanner::readNextMmap(DirNode& proc, std::string& mapsPath, MapsFile& maps) const
-{
-    while (dirent const* const entry = proc.readEntry()) {
-        mapsPath.assign(proc.path()).append("/").append(entry->d_name).append("/maps");
-        if (maps.open(mapsPath) || isThere(mapsPath)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-void QuaskClientScanner::forEachMapsFile(
-    std::function<void(String const&, MapsFile&)> const& visit) const
-{
-    DirNode proc(*handler, "/proc", nullptr);
-    if (!proc.isOpen()) {
-        Dovan::logAndThrow<Dovan::RuntimeException>(*handler, "Couldn't open /proc");
-    }
-    MapsFile maps;
-    for (std::string mapsPath; readNextMmap(proc, mapsPath, maps);) {
-        visit(mapsPath, maps);
-    }
-}
-
 std::vector<std::string> QuaskClientScanner::extractMmapInfo(String const& rootPath) const
 {
     trace(*handler, 5, "Extracting mmap info for rootpath: ", rootPath, " traversing /proc");
@@ -189,6 +141,9 @@ void QuaskClientScanner::extractMmapInfo(String const& rootPath, String const& m
             infoList.push_back(info);
             trace(*handler, 5, "Added: ", info);
         });
+    if (maps.error() != 0) {
+        noteFailure(mapsPath, maps.error());
+    }
 }
 
 QuaskClientScanner::TableToInfoMap QuaskClientScanner::extractMmapInfoByTable(
@@ -216,11 +171,16 @@ void QuaskClientScanner::extractMmapInfoByTable(String const& rootPath, String c
 {
     trace(*handler, 5, "Extracting mmap info by table for rootpath: ", rootPath,
           ", filePath: ", mapsPath);
+    std::string table;  // kept from mapping to mapping: a path may be long
     forEachMapping(
         *handler, mapsPath, maps, [](std::string_view /*directory*/) { return true; },
         [&](std::string_view directory, std::string const& info) {
-            addToQuaskClientMap(infoByTable, std::string(directory), info);
+            table.assign(directory);
+            addToQuaskClientMap(infoByTable, table, info);
         });
+    if (maps.error() != 0) {
+        noteFailure(mapsPath, maps.error());
+    }
 }
 
 void QuaskClientScanner::addToQuaskClientMap(TableToInfoMap& infoByTable, std::string const& table,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <set>
@@ -30,6 +31,10 @@ public:
     // The directory of a table's files, as it is mapped, to the table's mmap info strings in the
     // order in which they were found.
     using TableToInfoMap = std::map<std::string, std::vector<std::string>>;
+
+    // The commands of processes by their pids. A command may be 100 kB long and is there once,
+    // however many clients have it.
+    using CommandCache = std::map<int, Model::SharedText>;
 
     using QuaskScannerBase::QuaskScannerBase;
     ~QuaskClientScanner() override;
@@ -64,7 +69,7 @@ public:
     std::vector<std::string> extractMmapInfo(String const& rootPath) const;
 
     // Appends those of one process. A file that cannot be opened or read to its end gives what was
-    // read of it.
+    // read of it, and counts as a process that could not be looked into unless it has ended.
     void extractMmapInfo(String const& rootPath, String const& mapsPath,
                          std::vector<std::string>& infoList) const;
 
@@ -75,6 +80,10 @@ public:
     // Adds those of one process.
     void extractMmapInfoByTable(String const& rootPath, String const& mapsPath,
                                 TableToInfoMap& infoByTable) const;
+
+    // How many processes the last extraction of all processes could not look into, or not to the
+    // end: clients may be missing. Those that /proc does not show are not known.
+    std::size_t unreadProcesses() const { return unreadProcesses_; }
 
     // Appends `info` to the table's list, which is made if there is none.
     void addToQuaskClientMap(TableToInfoMap& infoByTable, std::string const& table,
@@ -104,12 +113,18 @@ public:
     // lacks has its command line read and is added.
     void populateCommandNames(QuaskClientList& writers, QuaskClientList& shadowReaders,
                               QuaskClientList& keyShadowReaders, QuaskClientList& readers,
-                              std::map<int, std::string>& commands) const;
-    void doPopulateCommandNames(QuaskClientList& clients,
-                                std::map<int, std::string>& commands) const;
+                              CommandCache& commands) const;
+    void doPopulateCommandNames(QuaskClientList& clients, CommandCache& commands) const;
 
-    // Building the models that the reports print. `table` is a path below the root directory, and
-    // `rootPath` the directory of the one table or of all.
+    // Building the models that the reports print.
+
+    // The models of the two reports. True on failure, with the report's lines on standard error.
+    // Throw as extractMmapInfo() does, and as doGetAllClientInfo().
+    bool lookUpTable(Model::QuaskTable& table) const;
+    bool lookUpAllTables(std::set<Model::QuaskTable>& tables) const;
+
+    // Their steps. `table` is a path below the root directory, and `rootPath` the directory of the
+    // one table or of all.
 
     // Sets the header figures of `model`, those of files that cannot be attached to not available.
     void getHeaderInfo(std::string const& table, Model::QuaskTable& model) const;
@@ -130,8 +145,8 @@ public:
 private:
     // Sets `table` to a table of this name and the clients of these mmap info strings. True on
     // failure, and `table` is as it was.
-    bool assignClients(std::string const& tablePath, std::vector<std::string> const& infoList,
-                       std::map<int, std::string>& commands, Model::QuaskTable& table) const;
+    bool assignClients(std::string tablePath, std::vector<std::string> const& infoList,
+                       CommandCache& commands, Model::QuaskTable& table) const;
 
     // As their namesakes, with a file to read that is open unless it cannot be opened.
     bool readNextMmap(DirNode& proc, std::string& mapsPath, MapsFile& maps) const;
@@ -142,6 +157,12 @@ private:
 
     // Calls `visit` with the path of every maps file under /proc and with the file, likewise.
     void forEachMapsFile(std::function<void(String const&, MapsFile&)> const& visit) const;
+
+    // Traces why a maps file was not read to its end, and counts the process unless it has ended.
+    void noteFailure(String const& mapsPath, int error) const;
+
+    // Counts while the processes are gone through, which changes nothing else here.
+    mutable std::size_t unreadProcesses_ = 0;
 };
 
 }  // namespace Quask

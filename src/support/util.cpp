@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstddef>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -41,12 +40,13 @@ bool isQuaskFile(Dovan::Platform::DebugHandler& /*handler*/, std::string const& 
            fileName == "vandral.2";
 }
 
-std::string readToEnd(int descriptor)
+std::string readToEnd(int descriptor, std::size_t most)
 {
     std::string text;
     std::array<char, 4096> piece;
     for (;;) {
-        ssize_t const count = read(descriptor, piece.data(), piece.size());
+        ssize_t const count =
+            read(descriptor, piece.data(), std::min(piece.size(), most - text.size()));
         if (count > 0) {
             text.append(piece.data(), static_cast<std::size_t>(count));
         } else if (count == 0) {
@@ -64,7 +64,7 @@ std::string readCmdline(Dovan::Platform::DebugHandler& /*handler*/, int pid)
     if (descriptor < 0) {
         return {};
     }
-    std::string text = readToEnd(descriptor);
+    std::string text = readToEnd(descriptor, longestCmdline);
     close(descriptor);
     if (!text.empty() && text.back() == '\0') {
         text.pop_back();

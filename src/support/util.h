@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -20,11 +21,16 @@ void decodeOrvik(unsigned orvik, unsigned short& pid, unsigned short& instanceId
 // that the tool maps. The file "orvik" belongs to a table but makes none.
 bool isQuaskFile(Dovan::Platform::DebugHandler& handler, std::string const& fileName);
 
-// What the open file `descriptor` holds from where it stands to its end; empty when it cannot be
-// read. A file in /proc may fail at any time once its process has ended.
-std::string readToEnd(int descriptor);
+// What the open file `descriptor` holds from where it stands to its end, `most` bytes at most;
+// empty when it cannot be read. A file in /proc may fail at any time once its process has ended.
+std::string readToEnd(int descriptor, std::size_t most);
 
-// The command line of a process, its arguments separated by blanks; empty when it cannot be read.
+// As many bytes of a command line are read. The kernel starts no program with more than 6 MiB of
+// arguments, but a process may have any part of its memory shown as its command line, at no cost:
+// untouched pages are read as zeros.
+inline constexpr std::size_t longestCmdline = std::size_t{8} << 20;
+
+// The command line of a process, its arguments separated by spaces; empty when it cannot be read.
 std::string readCmdline(Dovan::Platform::DebugHandler& handler, int pid);
 
 }  // namespace Quask::Util

@@ -15,8 +15,9 @@ std::string textOf(Clients const& clients)
 {
     std::string text;
     for (auto const& client : clients) {
-        text += client.command + (client.command.empty() ? "" : "-") + std::to_string(client.pid) +
-                "(" + client.procName + ") ";
+        std::string const command(client.command.text());
+        text += command + (command.empty() ? "" : "-") + std::to_string(client.pid) + "(" +
+                std::string(client.procName.text()) + ") ";
     }
     return text;
 }
@@ -106,6 +107,15 @@ TEST_F(ClientCategoriesTest, APidThatIsNoNumberBecomesZero)
     EXPECT_FALSE(categorize("self w rw-s vandral.1 "));
     EXPECT_FALSE(categorize("12x w rw-s vandral.1 "));
     EXPECT_EQ(textOf(writers), "0(w) 12(w) ");
+}
+
+TEST_F(ClientCategoriesTest, TheRecordsOfAProcessShareItsName)
+{
+    EXPECT_FALSE(categorize("1 w r--s slots "));
+    EXPECT_FALSE(categorize("1 w r--s slots "));
+    EXPECT_FALSE(categorize("2 x r--s slots "));
+    EXPECT_EQ(textOf(allReaders), "1(w) 1(w) 2(x) ");
+    EXPECT_EQ(allReaders.at(0).procName.text().data(), allReaders.at(1).procName.text().data());
 }
 
 TEST_F(ClientCategoriesTest, TheDifferenceIsSortedAndOneElementTakesAwayOne)
@@ -221,15 +231,16 @@ class CommandNamesTest : public testing::Test
 protected:
     int const self = static_cast<int>(getpid());
     RecordingScanner scanner;
-    std::map<int, std::string> commands;
+    Quask::QuaskClientScanner::CommandCache commands;
 };
 
 TEST_F(CommandNamesTest, TheCommandIsTheLastPartOfTheProgramsPath)
 {
     Clients clients{{self, "p", ""}};
     scanner.doPopulateCommandNames(clients, commands);
-    EXPECT_EQ(clients.at(0).command, "clients_test");
-    EXPECT_EQ(commands, (std::map<int, std::string>{{self, "clients_test"}}));
+    EXPECT_EQ(clients.at(0).command.text(), "clients_test");
+    EXPECT_EQ(commands.size(), 1u);
+    EXPECT_EQ(commands[self].text(), "clients_test");
     EXPECT_EQ(scanner.takeLog(),
               Lines{"5 Extracted command clients_test for pid " + std::to_string(self)});
 }
@@ -239,7 +250,7 @@ TEST_F(CommandNamesTest, APidThatIsKnownIsNotReadAgain)
     commands[self] = "known";
     Clients clients{{self, "p", ""}};
     scanner.doPopulateCommandNames(clients, commands);
-    EXPECT_EQ(clients.at(0).command, "known");
+    EXPECT_EQ(clients.at(0).command.text(), "known");
     EXPECT_EQ(scanner.takeLog(),
               Lines{"5 Found command known in cache for " + std::to_string(self)});
 }
@@ -248,7 +259,7 @@ TEST_F(CommandNamesTest, AProcessThatHasEndedHasTheEmptyCommand)
 {
     Clients clients{{0x7fffffff, "p", ""}};
     scanner.doPopulateCommandNames(clients, commands);
-    EXPECT_EQ(clients.at(0).command, "");
+    EXPECT_EQ(clients.at(0).command.text(), "");
     EXPECT_EQ(scanner.takeLog(), Lines{"5 Extracted command  for pid 2147483647"});
 }
 
@@ -274,17 +285,29 @@ TEST_F(CommandNamesTest, AProcessInTwoRolesIsReadOnce)
     Clients readers{{self, "p", ""}};
     Clients nobody;
     scanner.populateCommandNames(writers, nobody, nobody, readers, commands);
-    EXPECT_EQ(readers.at(0).command, "clients_test");
+    EXPECT_EQ(readers.at(0).command.text(), "clients_test");
     EXPECT_EQ(scanner.takeLog(),
               (Lines{"5 Extracted command clients_test for pid " + std::to_string(self),
                      "5 Found command clients_test in cache for " + std::to_string(self)}));
+}
+
+TEST_F(CommandNamesTest, AllClientsOfAProcessShareItsCommand)
+{
+    Clients writers{{self, "p", ""}, {self, "p", ""}};
+    Clients readers{{self, "p", ""}};
+    scanner.doPopulateCommandNames(writers, commands);
+    scanner.doPopulateCommandNames(readers, commands);
+    char const* const command = commands.at(self).text().data();
+    EXPECT_EQ(writers.at(0).command.text().data(), command);
+    EXPECT_EQ(writers.at(1).command.text().data(), command);
+    EXPECT_EQ(readers.at(0).command.text().data(), command);
 }
 
 TEST(CommandNamesDeathTest, APidOfZeroEndsTheProgram)
 {
     RecordingScanner scanner;
     Clients clients{{0, "p", ""}};
-    std::map<int, std::string> commands;
+    Quask::QuaskClientScanner::CommandCache commands;
     EXPECT_EXIT(scanner.doPopulateCommandNames(clients, commands), testing::KilledBySignal(SIGABRT),
                 "^QuaskClientScanner: assertion failed: pid\n$");
 }

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <ostream>
 #include <set>
+#include <sstream>
 
 namespace {
 
@@ -57,6 +60,20 @@ TEST(HeaderInfo, ZeroAndTheLargestNumbersAreFigures)
               "Capacity: slots:4294967294 buckets:0 primary_notifications:1024 "
               "secondary_notifications:2048\n"
               "Occupied slots: 0\n");
+}
+
+TEST(HeaderInfo, IsCompleteWhenNoneOfTheFiveIsMissing)
+{
+    HeaderInfo const complete{1, 2, 0, 4, 5};
+    EXPECT_TRUE(complete.isComplete());
+    EXPECT_FALSE(HeaderInfo().isComplete());
+    for (auto const figure :
+         {&HeaderInfo::buckets, &HeaderInfo::primaryNotifications,
+          &HeaderInfo::secondaryNotifications, &HeaderInfo::slots, &HeaderInfo::occupiedSlots}) {
+        HeaderInfo info = complete;
+        info.*figure = HeaderInfo::notAvailable;
+        EXPECT_FALSE(info.isComplete());
+    }
 }
 
 TEST(QuaskTable, ADefaultOneHasNoNameAndNoRoles)
@@ -152,6 +169,51 @@ TEST(QuaskTable, ARoleWithoutAListIsReportedAndHasNone)
     testing::internal::CaptureStderr();
     EXPECT_EQ(QuaskTable().printClients(QuaskType::keyshadow), "None");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error getting clients of type keyshadow\n");
+}
+
+// Remembers the text printed, and the size of the largest piece.
+class PiecesRecorder : public std::stringbuf
+{
+public:
+    std::streamsize largest = 0;
+
+protected:
+    std::streamsize xsputn(char const* text, std::streamsize count) override
+    {
+        largest = std::max(largest, count);
+        return std::stringbuf::xsputn(text, count);
+    }
+};
+
+TEST(QuaskTable, AShortTextIsPrintedInOnePiece)
+{
+    QuaskTable const table("t", {{1, "w", "w"}}, {{2, "s", "s"}}, {}, {{4, "r", "r"}});
+    PiecesRecorder pieces;
+    std::ostream out(&pieces);
+    table.print(out);
+    EXPECT_EQ(pieces.str(), table.print());
+    EXPECT_EQ(pieces.largest, static_cast<std::streamsize>(table.print().size()));
+}
+
+TEST(QuaskTable, ALongTextIsPrintedInPieces)
+{
+    QuaskTable::ClientList const many(100'000, QuaskClient{1, "process", "command"});
+    QuaskTable const table("t", many, many, many, many);
+    std::string list;
+    for (int i = 0; i < 100'000; ++i) {
+        list += "command-1(process) ";
+    }
+    PiecesRecorder pieces;
+    std::ostream out(&pieces);
+    table.print(out);
+    EXPECT_EQ(pieces.str(),
+              "Quask table \"t\"\n"
+              "Capacity: slots:NA buckets:NA primary_notifications:NA secondary_notifications:NA\n"
+              "Occupied slots: NA\n"
+              "Writer: " +
+                  list + "\nShadow: " + list + "\nKeyshadow: " + list + "\nReader: " + list +
+                  "\n\n");
+    EXPECT_LT(pieces.largest, 70'000);
 }
 
 }  // namespace

@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "support/private_root.h"
 
@@ -45,6 +49,7 @@ using Lines = std::vector<std::string>;
 TEST_F(MapsFileTest, GivesEveryLineWithoutItsNewlineEmptyOnesIncluded)
 {
     EXPECT_EQ(linesOf("one\n\n two \nthree\n"), (Lines{"one", "", " two ", "three"}));
+    EXPECT_EQ(file.error(), 0);
 }
 
 TEST_F(MapsFileTest, AnEmptyFileHasNoLines)
@@ -101,18 +106,50 @@ TEST_F(MapsFileTest, TheNextFileStartsAfreshInTheSameBuffer)
     EXPECT_EQ(linesOf("five\n"), Lines{"five"});
 }
 
-TEST_F(MapsFileTest, AFileThatCannotBeReadHasNoLines)
+TEST_F(MapsFileTest, AFileThatCannotBeReadHasNoLinesAndSaysWhy)
 {
     EXPECT_TRUE(file.open(root.path())) << "a directory opens and fails at its first read";
+    EXPECT_EQ(file.error(), 0);
     EXPECT_EQ(remainingLines(), Lines{});
+    EXPECT_EQ(file.error(), EISDIR);
+    EXPECT_EQ(linesOf("one\n"), Lines{"one"});
+    EXPECT_EQ(file.error(), 0) << "of the next file";
 }
 
-TEST_F(MapsFileTest, AFileThatIsNotThereLeavesItClosed)
+TEST_F(MapsFileTest, AFileThatIsNotThereLeavesItClosedAndSaysWhy)
 {
     EXPECT_FALSE(file.open(root.path() + "/none"));
-    EXPECT_EQ(errno, ENOENT);
     EXPECT_FALSE(file.isOpen());
     EXPECT_EQ(remainingLines(), Lines{});
+    EXPECT_EQ(file.error(), ENOENT);
+}
+
+TEST_F(MapsFileTest, TheMapsOfAProcessThatEndsAfterTheyWereOpenedSaySo)
+{
+    pid_t const child = fork();
+    if (child == 0) {
+        pause();
+        _exit(0);
+    }
+    EXPECT_TRUE(file.open("/proc/" + std::to_string(child) + "/maps"));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(remainingLines(), Lines{});
+    EXPECT_EQ(file.error(), ESRCH);
+}
+
+TEST_F(MapsFileTest, TheMapsOfAProcessWithoutMemoryAreEmptyAndNoError)
+{
+    pid_t const child = fork();
+    if (child == 0) {
+        _exit(0);
+    }
+    siginfo_t ended{};
+    waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT);
+    EXPECT_TRUE(file.open("/proc/" + std::to_string(child) + "/maps"));
+    EXPECT_EQ(remainingLines(), Lines{});
+    EXPECT_EQ(file.error(), 0);
+    waitpid(child, nullptr, 0);
 }
 
 TEST_F(MapsFileTest, HoldsOneDescriptorAtMostAndNoneInTheEnd)

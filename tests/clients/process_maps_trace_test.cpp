@@ -69,6 +69,25 @@ TEST_F(ProcessMapsTraceTest, AFileThatIsGoneIsTracedAndYieldsNothing)
                      "5 file " + path + " no longer exists"}));
     EXPECT_EQ(infos, Lines{});
     EXPECT_EQ(infosByTable, InfoByTable{});
+    EXPECT_EQ(traced.unreadProcesses(), 0u) << "it has ended";
+}
+
+TEST_F(ProcessMapsTraceTest, AFileThatCannotBeReadIsTracedWithTheReasonAndCounted)
+{
+    Lines infos;
+    InfoByTable infosByTable;
+    std::string const path = root.makeDirectory("maps");
+    traced.extractMmapInfo(table, path, infos);
+    traced.extractMmapInfoByTable(root.path(), path, infosByTable);
+    EXPECT_EQ(traced.takeLog(),
+              (Lines{"5 Extracting mmap info for rootpath: " + table + ", filePath: " + path,
+                     "5 file " + path + " cannot be read: Is a directory",
+                     "5 Extracting mmap info by table for rootpath: " + root.path() +
+                         ", filePath: " + path,
+                     "5 file " + path + " cannot be read: Is a directory"}));
+    EXPECT_EQ(infos, Lines{});
+    EXPECT_EQ(infosByTable, InfoByTable{});
+    EXPECT_EQ(traced.unreadProcesses(), 2u);
 }
 
 }  // namespace

@@ -1,11 +1,12 @@
 // Maps files and keeps them mapped, as a client of a table does:
 //
-//     mapping_client [--as NAME] FILE:MODE...
+//     mapping_client [--as NAME | --secret] FILE:MODE...
 //
 // MODE says how each FILE is mapped: "r", or "rw" for writable. A file without bytes has a page
 // mapped all the same. NAME stands on the process's command line in the place of the program's
-// path. Prints "ready" when all files are mapped, and ends with its standard input. Status 1, with
-// a line on standard error, when a file cannot be mapped.
+// path. With --secret, others may look into the process only by a privilege (CAP_SYS_PTRACE), even
+// those of the same user. Prints "ready" when all files are mapped, and ends with its standard
+// input. Status 1, with a line on standard error, when a file cannot be mapped.
 
 #include <algorithm>
 #include <cstdio>
@@ -15,6 +16,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -56,7 +58,12 @@ int main(int argc, char** argv)
         std::perror("cannot restart");
         return 1;
     }
-    for (int i = 1; i < argc; ++i) {
+    int first = 1;
+    if (argc > 1 && std::string_view(argv[1]) == "--secret") {
+        prctl(PR_SET_DUMPABLE, 0);
+        first = 2;
+    }
+    for (int i = first; i < argc; ++i) {
         if (!map(argv[i])) {
             std::perror(argv[i]);
             return 1;

@@ -7,9 +7,13 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/endless_command_line.h"
+#include "support/forked.h"
+#include "support/pipe.h"
 #include "support/recording_handler.h"
 
 namespace {
@@ -58,6 +62,23 @@ TEST(IsQuaskFile, AcceptsTheFourMappedFilesAndNothingElse)
                                    "slots.1", "buckets~", "bucket"}) {
         EXPECT_FALSE(Util::isQuaskFile(handler, name)) << name;
     }
+}
+
+TEST(ReadToEnd, GivesWhatIsLeftOfAFileButNoMoreThanAskedFor)
+{
+    int const file = memfd_create("text", MFD_CLOEXEC);
+    std::string const text = "x" + std::string(10'000, 'y') + "z";
+    ASSERT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    auto const from = [file](off_t offset, std::size_t most) {
+        lseek(file, offset, SEEK_SET);
+        return Util::readToEnd(file, most);
+    };
+    EXPECT_EQ(from(0, 1'000'000), text);
+    EXPECT_EQ(from(5'000, 1'000'000), text.substr(5'000));
+    for (std::size_t const most : {0, 1, 4'095, 4'096, 4'097, 10'001, 10'002}) {
+        EXPECT_EQ(from(0, most), text.substr(0, most)) << most;
+    }
+    close(file);
 }
 
 class ReadCmdline : public testing::Test
@@ -119,8 +140,26 @@ TEST_F(ReadCmdline, IsEmptyWhenTheProcessEndsBehindTheOpening)
     waitpid(child, nullptr, 0);
     char byte = 0;
     EXPECT_EQ(read(descriptor, &byte, 1), -1) << "it can still be read: this shows nothing";
-    EXPECT_EQ(Util::readToEnd(descriptor), "");
+    EXPECT_EQ(Util::readToEnd(descriptor, 100), "");
     close(descriptor);
+}
+
+TEST_F(ReadCmdline, EndsAfterMoreThanAProgramCanBeStartedWith)
+{
+    QuaskTesting::Pipe ready;
+    QuaskTesting::Forked const child([&ready] {
+        bool const shown = QuaskTesting::showEndlessCommandLine(64u << 20);
+        bool const isHeard = write(ready.writeEnd(), shown ? "y" : "n", 1) == 1;
+        pause();
+        return isHeard ? 0 : 1;
+    });
+    ready.closeWriteEnd();
+    if (ready.read() != "y") {
+        GTEST_SKIP() << "this kernel lets no process choose its command line";
+    }
+    QuaskTesting::RecordingHandler handler;
+    // The last NUL is dropped, as that of any command line.
+    EXPECT_EQ(Util::readCmdline(handler, child.pid()), std::string(Util::longestCmdline - 1, ' '));
 }
 
 TEST_F(ReadCmdline, IsEmptyWhenThereIsNoSuchProcess)
