@@ -17,7 +17,9 @@ public:
     SharedText() = default;
 
     // Implicit, since either is a text.
+    // NOLINTNEXTLINE(google-explicit-constructor)
     SharedText(std::string text) : text_(std::make_shared<std::string const>(std::move(text))) {}
+    // NOLINTNEXTLINE(google-explicit-constructor)
     SharedText(char const* text) : SharedText(std::string(text)) {}
 
     // Valid as long as any of the copies.

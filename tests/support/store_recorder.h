@@ -79,7 +79,8 @@ std::vector<StoreStep> storesOf(TableWriter const& writer, Operation&& operation
 //     for (auto const& step : steps) { replay.apply(step); ... }
 //
 // A step becomes visible in every mapping of the file as a whole, as long as it is one word and no
-// other thread looks on; it lies inside the file. Files of more than 16 MiB and failures throw std::runtime_error.
+// other thread looks on; it lies inside the file. Files of more than 16 MiB and failures throw
+// std::runtime_error.
 class StoreReplay
 {
 public:
