@@ -1,0 +1,111 @@
+// at_call NUMBER|every ACTION COMMAND...
+// at_call count COMMAND...
+//
+// Runs the command and stops it before its system call of this number, counted from 1, or before
+// every one. Then runs ACTION, a shell command, and lets it go on. What changes between two steps
+// of the command thus changes at exactly this point, each time. Ends as the command does, a signal
+// as 128 more; with 125 when there were fewer calls. With "count" runs the command without its
+// output and prints how many there were.
+//
+// A command that replaces itself (env, setpriv) is counted from its last exec on.
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include <fcntl.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int tooFewCalls = 125;
+
+[[noreturn]] void become(char** command, bool silent)
+{
+    if (silent) {
+        int const nowhere = open("/dev/null", O_RDWR);
+        dup2(nowhere, STDOUT_FILENO);
+        dup2(nowhere, STDERR_FILENO);
+    }
+    ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+    raise(SIGSTOP);
+    execvp(command[0], command);
+    _exit(127);
+}
+
+bool entersCall(pid_t process)
+{
+    __ptrace_syscall_info info{};
+    ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info);
+    return info.op == PTRACE_SYSCALL_INFO_ENTRY;
+}
+
+int exitStatus(int status)
+{
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+// What is done at a call, and when.
+struct Plan
+{
+    unsigned long call;  // 0: at every one
+    char const* action;  // null: nothing
+};
+
+// Follows the stopped process to its end; the status of wait(). `calls` is how many it made.
+int follow(pid_t process, Plan const& plan, unsigned long& calls)
+{
+    int status = 0;
+    int signal = 0;
+    calls = 0;
+    for (;;) {
+        ptrace(PTRACE_SYSCALL, process, nullptr, signal);
+        if (waitpid(process, &status, 0) != process || !WIFSTOPPED(status)) {
+            return status;
+        }
+        signal = 0;
+        if (status >> 8 == (SIGTRAP | PTRACE_EVENT_EXEC << 8)) {
+            calls = 0;
+        } else if (WSTOPSIG(status) != (SIGTRAP | 0x80)) {
+            signal = WSTOPSIG(status);
+        } else if (entersCall(process)) {
+            ++calls;
+            if (plan.action != nullptr && (plan.call == 0 || plan.call == calls) &&
+                std::system(plan.action) != 0) {
+                std::fprintf(stderr, "at_call: failed: %s\n", plan.action);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    std::string_view const when = argc > 1 ? argv[1] : "";
+    bool const counts = when == "count";
+    if (argc < (counts ? 3 : 4)) {
+        std::fputs("usage: at_call NUMBER|every ACTION COMMAND...\n", stderr);
+        return 2;
+    }
+    Plan const plan{counts || when == "every" ? 0 : std::strtoul(argv[1], nullptr, 10),
+                    counts ? nullptr : argv[2]};
+    pid_t const process = fork();
+    if (process == 0) {
+        become(argv + (counts ? 2 : 3), counts);
+    }
+    int status = 0;
+    waitpid(process, &status, 0);
+    ptrace(PTRACE_SETOPTIONS, process, nullptr,
+           PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL);
+    unsigned long calls = 0;
+    status = follow(process, plan, calls);
+    if (counts) {
+        std::printf("%lu\n", calls);
+        return 0;
+    }
+    return calls < plan.call ? tooFewCalls : exitStatus(status);
+}
