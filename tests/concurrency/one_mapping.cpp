@@ -54,6 +54,8 @@ void* Local::resize(unsigned bytes)
     return address;
 }
 
+void Local::letGo(ByteRange /*range*/) const {}
+
 // The mapping is the writer's to undo.
 int Local::detach()
 {
