@@ -13,10 +13,12 @@ namespace {
 
 StandardOutput* volatile living = nullptr;
 
-// The text up to the last newline, that included.
+// The text up to the last newline, that included. memrchr() looks at many bytes at a time; a piece
+// of a long line has no newline.
 std::string_view linesOf(std::string_view text)
 {
-    return text.substr(0, text.rfind('\n') + 1);
+    auto const* const last = static_cast<char const*>(memrchr(text.data(), '\n', text.size()));
+    return last == nullptr ? std::string_view() : std::string_view(text.data(), last + 1);
 }
 
 // What the signal did before.
