@@ -72,14 +72,15 @@ public:
 
 private:
     // Those between two offsets, each with what separates it from the one before.
-    static void appendElements(TextBuffer& out, void const* value, std::size_t from, std::size_t to)
+    [[gnu::always_inline]] static void appendElements(TextBuffer& out, void const* value,
+                                                      std::size_t from, std::size_t to)
     {
         auto const* const bytes = static_cast<unsigned char const*>(value);
         std::string_view separator = from == 0 ? "{" : ", ";
-        for (std::size_t offset = from; offset < to; offset += sizeof(T)) {
+        for (std::size_t i = from / sizeof(T); i < to / sizeof(T); ++i) {
             char* end = out.reserve(separator.size() + maxElementText);
             end = write(end, separator);
-            out.advanceTo(writeElement<T>(end, bytes + offset));
+            out.advanceTo(writeElement<T>(end, bytes + i * sizeof(T)));
             separator = ", ";
         }
     }
