@@ -14,7 +14,9 @@
 #include "base/exception.h"
 #include "base/standard_output.h"
 #include "base/text_buffer.h"
+#include "base/zeroed_bytes.h"
 #include "mem/atomics.h"
+#include "report/large_value_lines.h"
 #include "report/quask_scanner_base.h"
 #include "report/quask_textify.h"
 #include "support/value_printer.h"
@@ -87,15 +89,19 @@ bool prepare(QuaskReaderGeneric& reader, std::string const& name)
     return true;
 }
 
-// Zeroed memory for one value. A value can be no larger than the file that holds it: a header that
-// says so, or memory that cannot be had, is corruption.
-std::unique_ptr<unsigned char[]> makeValueBuffer(Dovan::Platform::DebugHandler& handler,
-                                                 unsigned valueSize, unsigned fileSize)
+std::unique_ptr<unsigned char[]> allocateBuffer(std::size_t size)
 {
-    std::unique_ptr<unsigned char[]> buffer;
-    if (valueSize <= fileSize) {
-        buffer.reset(new (std::nothrow) unsigned char[valueSize]());
-    }
+    return std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[size]());
+}
+
+// Zeroed memory for one value, from `allocate`, which gives null when there is none. A value can be
+// no larger than the file that holds it: a header that says so, or memory that cannot be had, is
+// corruption.
+template <typename Buffer>
+Buffer makeValueBuffer(Dovan::Platform::DebugHandler& handler, unsigned valueSize,
+                       unsigned fileSize, Buffer (*allocate)(std::size_t size))
+{
+    Buffer buffer = valueSize <= fileSize ? allocate(valueSize) : Buffer();
     if (buffer == nullptr) {
         std::ostringstream message;
         message << "QuaskScannerBase::doScan() no buffer for a value of size: " << valueSize
@@ -103,6 +109,29 @@ std::unique_ptr<unsigned char[]> makeValueBuffer(Dovan::Platform::DebugHandler& 
         Dovan::logAndThrow<CorruptionDetectedException>(handler, message.str());
     }
     return buffer;
+}
+
+// What shows values of this type in this style; hexadecimal bytes are what a type without a name
+// has.
+Dovan::Platform::ValuePrinter const* printerFor(QuaskTextify::Style style,
+                                                std::string const& typeName, unsigned valueSize)
+{
+    bool const byType = style == QuaskTextify::Vosk || style == QuaskTextify::Pretty;
+    return Dovan::Platform::getValuePrinter(byType ? typeName : std::string(),
+                                            static_cast<int>(valueSize));
+}
+
+template <typename Handler>
+void walkAll(QuaskReaderGeneric& reader, Handler& handler, std::ostream& out)
+{
+    try {
+        reader.scan(handler, 0, 0xffffffff, Direction::upward, true);
+    } catch (...) {
+        // An exception that nothing catches ends the process without unwinding, and the lines of
+        // the buckets before it would be lost.
+        out.flush();
+        throw;
+    }
 }
 
 }  // namespace
@@ -116,16 +145,18 @@ int QuaskScannerBase::doScan(QuaskTextify::Style style, bool printEmpty)
         return 1;
     }
     auto const& [typeName, valueSize] = reader.valueFormat();
-    MyScanner scanner(makeValueBuffer(*handler, valueSize, reader.slotFileSize()), valueSize, style,
-                      Dovan::Platform::getValuePrinter(typeName, static_cast<int>(valueSize)),
-                      reader.liveSlotsHeader().valueType.data(), printEmpty, *out);
-    try {
-        reader.scan(scanner, 0, 0xffffffff, Direction::upward, true);
-    } catch (...) {
-        // An exception that nothing catches ends the process without unwinding, and the lines of
-        // the buckets before it would be lost.
-        out->flush();
-        throw;
+    unsigned const fileSize = reader.slotFileSize();
+    if (valueSize > LargeValueLines::largestOther) {
+        LargeValueLines lines(makeValueBuffer(*handler, valueSize, fileSize, Dovan::allocateZeroed),
+                              valueSize, *printerFor(style, typeName, valueSize), printEmpty, *out,
+                              reader);
+        walkAll(reader, lines, *out);
+    } else {
+        MyScanner scanner(makeValueBuffer(*handler, valueSize, fileSize, allocateBuffer), valueSize,
+                          style,
+                          Dovan::Platform::getValuePrinter(typeName, static_cast<int>(valueSize)),
+                          reader.liveSlotsHeader().valueType.data(), printEmpty, *out);
+        walkAll(reader, scanner, *out);
     }
     *out << "Lookaside hits: " << reader.lookasideHits() << std::endl;
     *out << "Chain restarts: " << reader.chainRestarts() << std::endl;

@@ -87,6 +87,9 @@ public:
     // Bytes that can be read from the slot file's mapping.
     std::size_t readableSlotBytes() const { return slots.readableSize(); }
 
+    // Lets the pages of the slot file go from memory until they are read again.
+    void letSlotsGo() const { slots.letGo(); }
+
     // A copy of the lookaside value, of the type and size that `header` says, a consistent copy of
     // the slot header. Precondition: attached.
     LookasideValue lookasideValue(SlotTable<EmptyValue>::Header const& header) const

@@ -121,6 +121,9 @@ public:
     // many bytes are inside the mapping here.
     unsigned char const* lookasideValue() const { return base() + fixedSize + valueOffset; }
 
+    // Lets the mapped pages go from memory until they are read again.
+    void letGo() const { mem.letGo({0, readableSize_}); }
+
     // Bytes of it that the mapping holds at most.
     std::size_t lookasideSize() const { return readableSize_ - fixedSize - valueOffset; }
 

@@ -264,6 +264,26 @@ TEST_F(Interrupted, BySigtermInAWriteAScanTearsNoLine)
     EXPECT_TRUE(finished.out.ends_with(" --> none\n"));
 }
 
+TEST_F(Interrupted, BySigtermInALineOfALargeValueAScanWritesTheLine)
+{
+    constexpr std::uint32_t size = 1 << 20;
+    std::string const value(size, 'a');
+    TableImage image = TableImage::of("char[1048576]", size).buckets(3);
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        image.chain(i, {{i, value}});
+    }
+    image.writeTo(root, "large");
+    BlockedScan scan(command({"-p", "large"}));
+    Patience const patience;
+    scan.process().kill(SIGTERM);
+    Finished const finished = scan.finish();
+    EXPECT_EQ(finished.signal, SIGTERM);
+    if (!patience.lasts()) {
+        GTEST_SKIP() << "the machine needs longer than a signal waits";
+    }
+    EXPECT_TRUE(finished.out == "bucket[0] 0-->\"" + value + "\" ffffffff --> none\n");
+}
+
 TEST_F(Interrupted, BySigtermAScanWhoseReaderTakesNothingEnds)
 {
     large().writeTo(root, "large");

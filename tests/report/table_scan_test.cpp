@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "base/hex.h"
 #include "report/quask_scanner_base.h"
 #include "report/report_fixture.h"
 
@@ -72,6 +73,31 @@ TEST_F(TableScanTest, VoskAndPrettyShowValuesByTheirType)
     for (auto const style : {QuaskTextify::Vosk, QuaskTextify::Pretty}) {
         EXPECT_EQ(scan(style), 0);
         EXPECT_EQ(out, "bucket[0] 0-->-2 ffffffff --> none\n" + noCounts);
+    }
+}
+
+TEST_F(TableScanTest, LargeValuesAreShownAsSmallOnes)
+{
+    for (unsigned const size : {65536u, 65537u, 300000u}) {
+        std::string const text(size, 'a');
+        std::string const type = "char[" + std::to_string(size) + "]";
+        image = TableImage::of(type, size).buckets(3).chain(1, {{2, text}, {0, "b"}});
+        image.rewriting(0, "b", "half");
+        std::string const zeros(size - 1, '\0');
+        EXPECT_EQ(scan(QuaskTextify::Plain, true), 0);
+        EXPECT_TRUE(out == "bucket[0] ffffffff --> none\nbucket[1] 2-->" +
+                               Dovan::dumpHex(text.data(), size) + " 0-->*" +
+                               Dovan::dumpHex(("b" + zeros).data(), size) +
+                               " ffffffff --> none\nbucket[2] ffffffff --> none\n"
+                               "Lookaside hits: 1\nChain restarts: 0\n")
+            << size;
+        for (auto const style : {QuaskTextify::Vosk, QuaskTextify::Pretty}) {
+            EXPECT_EQ(scan(style), 0);
+            EXPECT_TRUE(out == "bucket[1] 2-->\"" + text +
+                                   "\" 0-->*\"b\" ffffffff --> none\n"
+                                   "Lookaside hits: 1\nChain restarts: 0\n")
+                << size;
+        }
     }
 }
 
