@@ -42,7 +42,7 @@ reasons_of_too_few_descriptors() {
     attack 'four to ten descriptors, -x t with DOVAN_DEBUG=5' \
         'for each "Error attaching" a message of level 5: Too many open files'
     for ((count = 4; count <= 10; ++count)); do
-        under=(prlimit --nofile=$count env DOVAN_DEBUG=5)
+        under=(prlimit --nofile="$count" env DOVAN_DEBUG=5)
         run -x t
         ! grep -q '^Error attaching' "$err" || refused=$((refused + 1))
         ! grep -F "$root/t/" "$err" | grep -q ' 5: .*Too many open files' || explained=$((explained + 1))
