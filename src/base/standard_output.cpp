@@ -108,7 +108,9 @@ void StandardOutput::writeOut(std::string_view text, std::string_view kept)
         setp(end, end);
         return;
     }
-    std::memmove(begin, kept.data(), kept.size());
+    if (!kept.empty()) {
+        std::memmove(begin, kept.data(), kept.size());
+    }
     setp(begin, end);
     pbump(static_cast<int>(kept.size()));
     std::atomic_signal_fence(std::memory_order_seq_cst);
