@@ -88,10 +88,12 @@ iovec piece(std::string_view text)
 
 void WatchedMappings::onBusError(int signal, siginfo_t* info, void* /*context*/)
 {
-    WatchedMapping* const mapping = at(info->si_addr);
+    bool const isFault = info->si_code > 0;  // else another process sent it
+    WatchedMapping* const mapping = isFault ? at(info->si_addr) : nullptr;
     if (mapping == nullptr) {
-        // Back to the same instruction, this time without a handler.
+        // Again after the return, without a handler.
         static_cast<void>(std::signal(signal, SIG_DFL));
+        static_cast<void>(raise(signal));
         return;
     }
     if (readsAsZeros && replacePage(*mapping, info->si_addr)) {
