@@ -32,7 +32,7 @@ bool LargeValueLines::handleSlot(unsigned /*bucket*/, SlotRef const& ref,
                                  unsigned char* /*valueBytes*/, unsigned /*length*/, bool lookaside,
                                  unsigned /*sequence*/)
 {
-    elements_[count_].ref = ref;
+    elements_[count_].index = ref.index;
     elements_[count_].lookaside = lookaside;
     setCount(count_ + 1);
     reader_.letSlotsGo();
@@ -53,14 +53,14 @@ void LargeValueLines::setCount(std::size_t count)
     data = elements_[count].bytes.get();
 }
 
-bool LargeValueLines::done(unsigned bucket, SlotRef const& ref)
+bool LargeValueLines::done(unsigned bucket, SlotRef const& /*ref*/)
 {
     if (count_ != 0 || printEmpty_) {
         print(out_, [&](char* piece) { return ChainText::writeHead(piece, bucket); });
         for (std::size_t i = 0; i < count_; ++i) {
             writeElement(elements_[i]);
         }
-        print(out_, [&](char* piece) { return ChainText::writeTail(piece, ref, false); });
+        print(out_, [](char* piece) { return ChainText::writeEnd(ChainText::write(piece, " ")); });
     }
     setCount(0);
     return true;
@@ -69,7 +69,8 @@ bool LargeValueLines::done(unsigned bucket, SlotRef const& ref)
 void LargeValueLines::writeElement(Element const& element)
 {
     print(out_, [&](char* piece) {
-        return ChainText::writeReference(piece, element.ref, element.lookaside, 0, false);
+        char* const end = ChainText::writeLink(ChainText::write(piece, " "), element.index);
+        return ChainText::write(end, element.lookaside ? "*" : "");
     });
     printer_.writeTo(out_, element.bytes.get());
 }

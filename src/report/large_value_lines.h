@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <ostream>
 #include <vector>
 
@@ -45,7 +46,7 @@ private:
     struct Element
     {
         Dovan::ZeroedBytes bytes;
-        SlotRef ref = {0, SlotRef::null};
+        std::uint32_t index = SlotRef::null;  // of its slot
         bool lookaside = false;
     };
 

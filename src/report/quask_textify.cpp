@@ -10,7 +10,7 @@ QuaskTextify::QuaskTextify(std::unique_ptr<unsigned char[]> valueBuffer, unsigne
       typeName(valueType),
       printEmpty(showEmpty),
       usesPrinter_(chosenStyle == Vosk || chosenStyle == Pretty),
-      elementRoom_(pieceRoom + Dovan::dumpHexLength(valueSize) + Dovan::dumpHexSlack)
+      elementRoom_(ChainText::pieceRoom + Dovan::dumpHexLength(valueSize) + Dovan::dumpHexSlack)
 {
     data = valueBuffer.release();
     size = valueSize;

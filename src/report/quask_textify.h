@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -8,6 +7,7 @@
 #include "base/decimal.h"
 #include "base/hex.h"
 #include "base/text_buffer.h"
+#include "report/chain_text.h"
 #include "support/value_printer.h"
 #include "table/scan_handler.h"
 #include "table/slot_ref.h"
@@ -67,25 +67,10 @@ private:
     bool const usesPrinter_;
     std::size_t const elementRoom_;  // characters that an element takes, but for a printer's text
 
-    // Characters that all pieces of an element but its value may take, the line's head included;
-    // and those that end a line.
-    static constexpr std::size_t pieceRoom = 128;
-
-    static char* write(char* out, std::string_view text)
-    {
-        std::memcpy(out, text.data(), text.size());
-        return out + text.size();
-    }
-
     // "42:", in decimal.
     static char* writePrefix(char* out, unsigned number)
     {
-        return write(Dovan::writeDecimal(out, number), ":");
-    }
-
-    static char* writeHead(char* out, unsigned bucket)
-    {
-        return write(Dovan::writeHex(write(out, "bucket["), bucket), "]");
+        return ChainText::write(Dovan::writeDecimal(out, number), ":");
     }
 };
 
@@ -99,13 +84,13 @@ private:
 {
     char* out = chain.reserve(elementRoom_);
     if (chain.empty()) {
-        out = writeHead(out, bucket);
+        out = ChainText::writeHead(out, bucket);
     }
     *out++ = ' ';
     if (verbose) {
         out = writePrefix(out, ref.version);
     }
-    out = write(Dovan::writeHex(out, ref.index), "-->");
+    out = ChainText::writeLink(out, ref.index);
     if (verbose) {
         out = writePrefix(out, sequence);
     }
@@ -127,16 +112,15 @@ private:
     if (isEmpty && !printEmpty) {
         return true;
     }
-    char* out = chain.reserve(pieceRoom);
+    char* out = chain.reserve(ChainText::pieceRoom);
     if (isEmpty) {
-        out = writeHead(out, bucket);
+        out = ChainText::writeHead(out, bucket);
     }
     *out++ = ' ';
     if (verbose) {
         out = writePrefix(out, ref.version);
     }
-    // The index is that of the null link, always.
-    chain.advanceTo(write(out, "ffffffff --> none\n"));
+    chain.advanceTo(ChainText::writeEnd(out));
     bool const result = handleLineString(bucket, chain.view());
     chain.clear();
     return result;
