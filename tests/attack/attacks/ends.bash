@@ -28,12 +28,12 @@ wait_until_blocked() {
     until grep -q '^[0-9]* (quask) S' "/proc/$scan/stat"; do sleep 0.01; done
 }
 
-# terminate SIGNAL: sends it to the scan, and SIGKILL when that is still there after 5 s. Sets $status
+# terminate SIGNAL: sends it to the scan, and SIGKILL when that is still there after 10 s. Sets $status
 # and $milliseconds.
 terminate() {
     local start=${EPOCHREALTIME/./} watch
     kill -"$1" "$scan"
-    { sleep 5; kill -KILL "$scan"; } 2> /dev/null &
+    { sleep 10; kill -KILL "$scan"; } 2> /dev/null &
     watch=$!
     wait "$scan" 2> /dev/null
     status=$?
@@ -49,7 +49,7 @@ ends_with_a_full_pipe() {
     scan_in_background t
     wait_until_blocked
     terminate TERM
-    verdict "status $status after $milliseconds ms" [ "$status" -eq 143 -a "$milliseconds" -le 2500 ]
+    verdict "status $status after $milliseconds ms" [ "$status" -eq 143 -a "$milliseconds" -le 4000 ]
     close_pipe
 }
 
@@ -66,7 +66,7 @@ ends_with_a_full_pipe_and_text_left() {
         sleep 0.2
         terminate $signal
         verdict "status $status after $milliseconds ms" \
-            [ "$status" -eq $((128 + $(kill -l $signal))) -a "$milliseconds" -le 2500 ]
+            [ "$status" -eq $((128 + $(kill -l $signal))) -a "$milliseconds" -le 4000 ]
         close_pipe
     done
     stop

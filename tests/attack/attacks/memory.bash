@@ -11,7 +11,7 @@ memory_of_a_ring() {
         seconds=60
         verdict "$mebibytes MiB, status $status after $milliseconds ms" [ "$mebibytes" -le 128 ]
         attack 'the writer of the ring stops' 'corruption is found, SIGABRT'
-        measured "$work/measured" 20 3000 "$quask" t > "$out" 2> "$err" &
+        measured "$work/measured" 60 3000 "$quask" t > "$out" 2> "$err" &
         waited=$!
         sleep 1
         stop

@@ -25,7 +25,7 @@ outputs_to_a_standard_error_that_does_not_block() {
     mkfifo "$work/fifo"
     { sleep 0.3; cat; } < "$work/fifo" > "$out" &
     reader=$!
-    measured "$work/measured" 10 3000 nonblocking 2 "$quask" 2> "$work/fifo"
+    measured "$work/measured" 60 3000 nonblocking 2 "$quask" 2> "$work/fifo"
     wait $reader
     read -r status _ < "$work/measured"
     verdict "status $status, $(grep -c '^  - a-table.*[0-9]$' "$out") names" \
@@ -42,7 +42,7 @@ outputs_without_descriptors() {
     dd if=/dev/zero of="$work/fifo" bs=4096 count=16 oflag=nonblock 2> /dev/null
     { sleep 2; timeout 3 cat; } < "$work/fifo" > "$out" &
     reader=$!
-    measured "$work/measured" 10 3000 nonblocking 1 prlimit --nofile=0 "$quask" -h > "$work/fifo" 2> "$err"
+    measured "$work/measured" 60 3000 nonblocking 1 prlimit --nofile=0 "$quask" -h > "$work/fifo" 2> "$err"
     exec {both}>&-
     wait $reader
     read -r status milliseconds processor _ < "$work/measured"
@@ -60,7 +60,7 @@ outputs_in_a_chroot() {
     for closed in '>&-' '<&- >&-' '<&- >&- 2>&-'; do
         attack "a chroot without /dev/null, $closed, -a -f FILE of a user" 'FILE holds the report alone'
         rm -f "$jail/reports/report"
-        measured "$work/measured" 10 3000 bash -c "exec chroot --userspec=65534:65534 '$jail' \
+        measured "$work/measured" 60 3000 bash -c "exec chroot --userspec=65534:65534 '$jail' \
             /quask -a -f /reports/report $closed" 2> "$err"
         read -r status _ < "$work/measured"
         verdict "status $status, \"$(head -n 1 "$jail/reports/report" 2>&1)\"" \
@@ -96,7 +96,7 @@ outputs_to_a_standard_error_that_is_gone() {
         plain=$(md5sum < "$out")
         exec {gone}> >(:)
         wait $!
-        DOVAN_DEBUG=9 measured "$work/measured" 10 3000 "$quask" "${words[@]}" > "$out" 2>&"$gone"
+        DOVAN_DEBUG=9 measured "$work/measured" 60 3000 "$quask" "${words[@]}" > "$out" 2>&"$gone"
         exec {gone}>&-
         read -r status _ < "$work/measured"
         verdict "$(err=/dev/null given)" [ "$status" -eq 0 -a "$(md5sum < "$out")" = "$plain" ]

@@ -135,7 +135,7 @@ pages_cut_off_after_many_mappings() {
     exec {everything}<> "$work/fifo" {taken}< "$work/fifo"
     attack 'a table that grew 20 times under a scan is cut short' \
         'the lines before, "Quask table file ... was cut short ...", status 1'
-    measured "$work/measured" 30 3000 env DOVAN_DEBUG=Quask-t=5 "$quask" t > "$work/fifo" 2> "$err" &
+    measured "$work/measured" 120 3000 env DOVAN_DEBUG=Quask-t=5 "$quask" t > "$work/fifo" 2> "$err" &
     scan=$!
     exec {everything}>&-
     for ((i = 1; i <= 20; ++i)); do
