@@ -1,17 +1,19 @@
-// at_call NUMBER|every ACTION COMMAND...
+// at_call NUMBER ACTION COMMAND...
+// at_call everyNUMBER ACTION COMMAND...
 // at_call count COMMAND...
 //
-// Runs the command and stops it before its system call of this number, counted from 1, or before
-// every one. Then runs ACTION, a shell command, and lets it go on. What changes between two steps
-// of the command thus changes at exactly this point, each time. Ends as the command does, a signal
-// as 128 more; with 125 when there were fewer calls. With "count" runs the command without its
-// output and prints how many there were.
+// Runs the command and stops it before its system call of this number, counted from 1; with "every"
+// before that and each so many calls later. Then runs ACTION, a shell command, and lets it go on.
+// What changes between two steps of the command thus changes at exactly this point, each time. Ends
+// as the command does, a signal as 128 more; with 125 when there were fewer calls. With "count"
+// runs the command without its output and prints how many there were.
 //
 // A command that replaces itself (env, setpriv) is counted from its last exec on.
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 #include <fcntl.h>
@@ -51,8 +53,14 @@ int exitStatus(int status)
 // What is done at a call, and when.
 struct Plan
 {
-    unsigned long call;  // 0: at every one
+    unsigned long call;
+    bool again;          // at multiples of `call`, too
     char const* action;  // null: nothing
+
+    bool isDue(unsigned long calls) const
+    {
+        return action != nullptr && (again ? calls % call == 0 : calls == call);
+    }
 };
 
 // Follows the stopped process to its end; the status of wait(). `calls` is how many it made.
@@ -73,8 +81,7 @@ int follow(pid_t process, Plan const& plan, unsigned long& calls)
             signal = WSTOPSIG(status);
         } else if (entersCall(process)) {
             ++calls;
-            if (plan.action != nullptr && (plan.call == 0 || plan.call == calls) &&
-                std::system(plan.action) != 0) {
+            if (plan.isDue(calls) && std::system(plan.action) != 0) {
                 std::fprintf(stderr, "at_call: failed: %s\n", plan.action);
             }
         }
@@ -88,11 +95,13 @@ int main(int argc, char** argv)
     std::string_view const when = argc > 1 ? argv[1] : "";
     bool const counts = when == "count";
     if (argc < (counts ? 3 : 4)) {
-        std::fputs("usage: at_call NUMBER|every ACTION COMMAND...\n", stderr);
+        std::fputs("usage: at_call [every]NUMBER ACTION COMMAND...\n", stderr);
         return 2;
     }
-    Plan const plan{counts || when == "every" ? 0 : std::strtoul(argv[1], nullptr, 10),
-                    counts ? nullptr : argv[2]};
+    bool const again = when.starts_with("every");
+    Plan const plan{
+        counts ? 0 : std::strtoul(argv[1] + (again ? std::strlen("every") : 0), nullptr, 10), again,
+        counts ? nullptr : argv[2]};
     pid_t const process = fork();
     if (process == 0) {
         become(argv + (counts ? 2 : 3), counts);

@@ -40,16 +40,17 @@ replacement_in_a_loop() {
     done
 }
 
-# The bucket file is another one at every single call: no two looks ever find the same.
+# The bucket file is another one every ten calls, so that attaching never comes to an end with the
+# files that it began with.
 replacement_without_end() {
     local job
     for job in scan -x; do
         words_for $job t
         hostile_table making "$root/t" 1
         cp "$root/t/buckets" "$work/buckets"
-        attack "buckets replaced before every call, ${words[*]} with DOVAN_DEBUG=1" \
+        attack "buckets replaced before every tenth call, ${words[*]} with DOVAN_DEBUG=1" \
             'the described error, status 1, the reason at level 1'
-        under=(env DOVAN_DEBUG=1 at_call every
+        under=(env DOVAN_DEBUG=1 at_call every10
             "exec cp --remove-destination $work/buckets $root/t/buckets")
         run "${words[@]}"
         under=()
