@@ -35,6 +35,9 @@ public:
     // Valid as long as this object; -1 for none.
     int number() const { return number_; }
 
+    // Leaves the descriptor to the caller, who closes it.
+    int release() { return std::exchange(number_, -1); }
+
 private:
     int number_ = -1;
 };

@@ -1,19 +1,47 @@
 #include "finder/dir_node.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <utility>
 
+#include <fcntl.h>
+
+#include "base/descriptor.h"
 #include "base/exception.h"
 
 namespace Quask {
+namespace {
+
+// The directory's stream; null, with errno set, when it cannot be opened. What was a directory when
+// `parent` was read may be a link by now: below the first directory none is followed.
+DIR* openDirectory(std::string const& path, DIR* parent)
+{
+    if (path.size() >= PATH_MAX) {
+        // No file in it could be opened by its path.
+        errno = ENAMETOOLONG;
+        return nullptr;
+    }
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
+    Dovan::Descriptor descriptor(
+        parent == nullptr
+            ? openat(AT_FDCWD, path.c_str(), flags)
+            : openat(dirfd(parent), path.c_str() + path.rfind('/') + 1, flags | O_NOFOLLOW));
+    DIR* const stream = descriptor.isOpen() ? fdopendir(descriptor.number()) : nullptr;
+    if (stream != nullptr) {
+        descriptor.release();
+    }
+    return stream;
+}
+
+}  // namespace
 
 DirNode::DirNode(Dovan::Platform::DebugHandler& sharedHandler, std::string const& path,
                  std::shared_ptr<DirNode> parent)
     : Debuggable(sharedHandler), parent_(std::move(parent)), path_(path)
 {
     Dovan::trace(*handler, 9, "DirNode::DirNode() path: ", path_);
-    dir_ = opendir(path_.c_str());
+    dir_ = openDirectory(path_, parent_ == nullptr ? nullptr : parent_->dir_);
     if (dir_ == nullptr) {
         // The first three are what a directory that others remove or forbid meanwhile looks like.
         int const error = errno;

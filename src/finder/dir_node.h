@@ -18,10 +18,11 @@ namespace Quask {
 class DirNode : public Dovan::Debuggable
 {
 public:
-    // Opens `path`, which may be a symbolic link to a directory. `parent` is empty for the first
-    // node of a walk. `sharedHandler` must outlive the node. Why a directory cannot be opened is
-    // logged: at level 5 when it is missing, forbidden or no directory, at level 1 for any other
-    // reason.
+    // Opens `path`: the first node of a walk, with an empty `parent`, wherever its links lead; any
+    // other as an entry of the open `parent`, whose path is what comes before the last slash, and
+    // only when it is no link. `sharedHandler` must outlive the node. Why a directory cannot be
+    // opened is logged: at level 5 when it is missing, forbidden or no directory, at level 1 for
+    // any other reason.
     DirNode(Dovan::Platform::DebugHandler& sharedHandler, std::string const& path,
             std::shared_ptr<DirNode> parent);
 
@@ -29,7 +30,7 @@ public:
     // with this node, its end takes no more of the stack than one of them.
     ~DirNode() override;
 
-    // The next entry in the order of the file system, "." and ".." included; null behind the last
+    // The next entry in the order of the file system, "." and ".." included; null after the last
     // one and when the directory is not open. Valid until the next call or the node's end. Throws
     // Dovan::RuntimeException when the directory cannot be read.
     struct dirent* readEntry() const;

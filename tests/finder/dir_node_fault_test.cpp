@@ -118,13 +118,14 @@ TEST_F(DirNodeFault, AnyOtherReasonIsSystemTrouble)
 
 TEST_F(DirNodeFault, RunningOutOfDescriptorsIsSystemTrouble)
 {
+    std::string const directory = root.makeDirectory("directory");
     Node const first = open(root.path());
     handler.lines.clear();
     QuaskTesting::DescriptorLimit const limit(0);
-    Node const second = open(root.path(), first);
+    Node const second = open(directory, first);
     EXPECT_TRUE(first->isOpen());
     EXPECT_FALSE(second->isOpen());
-    EXPECT_EQ(handler.lines, failedToOpen(1, root.path(), "Too many open files"));
+    EXPECT_EQ(handler.lines, failedToOpen(1, directory, "Too many open files"));
     EXPECT_EQ(second->readEntry(), nullptr);
     EXPECT_NE(second->parent()->readEntry(), nullptr);
 }

@@ -20,25 +20,26 @@ std::string nameOfUnknownType;
 
 }  // namespace
 
-// The linker puts these in the place of opendir() and readdir() in the code under test.
+// The linker puts these in the place of openat() and readdir() in the code under test.
 extern "C" {
-DIR* __real_opendir(char const* path);
+int __real_openat(int directory, char const* path, int flags, ...);
 dirent* __real_readdir(DIR* dir);
 
-DIR* __wrap_opendir(char const* path)
+// Files are made by nobody here: there is no mode.
+int __wrap_openat(int directory, char const* path, int flags)
 {
     if (!firstRefused) {
-        return __real_opendir(path);
+        return __real_openat(directory, path, flags);
     }
     rlimit former{};
     getrlimit(RLIMIT_NOFILE, &former);
     rlimit const lower{*firstRefused, former.rlim_max};
     setrlimit(RLIMIT_NOFILE, &lower);
-    DIR* const dir = __real_opendir(path);
+    int const opened = __real_openat(directory, path, flags);
     int const error = errno;
     setrlimit(RLIMIT_NOFILE, &former);
     errno = error;
-    return dir;
+    return opened;
 }
 
 dirent* __wrap_readdir(DIR* dir)

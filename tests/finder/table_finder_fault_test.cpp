@@ -137,6 +137,40 @@ TEST_F(TableFinderFault, DirectoriesThatNoDescriptorIsLeftForYieldNothing)
                                         "/c/too errno: Too many open files"}));
 }
 
+TEST_F(TableFinderFault, ADirectoryThatBecomesALinkBeforeItIsOpenedYieldsNothing)
+{
+    root.setRootDirectory("tables");
+    std::string const exchanged = path() + "/tables/exchanged";
+    root.writeFile("elsewhere/secret/slots", "x");
+    root.writeFile("tables/a/slots", "x");
+    root.writeFile("tables/exchanged/slots", "x");
+    root.writeFile("tables/z/slots", "x");
+    ActingHandler handler;
+    handler.actions["9 DirNode::DirNode() path: " + exchanged] = [&] {
+        std::filesystem::remove_all(exchanged);
+        std::filesystem::create_symlink(path() + "/elsewhere", exchanged);
+    };
+    EXPECT_EQ(findAll(handler), (Names{"a", "z"}));
+    EXPECT_EQ(
+        std::count(handler.record.lines.begin(), handler.record.lines.end(),
+                   "5 DirNode::DirNode() failed to open " + exchanged + " errno: Not a directory"),
+        1);
+}
+
+TEST_F(TableFinderFault, ADirectoryAboveThatBecomesALinkLeadsNowhereElse)
+{
+    root.setRootDirectory("tables");
+    std::string const exchanged = path() + "/tables/exchanged";
+    root.writeFile("elsewhere/deep/secret/slots", "x");
+    root.writeFile("tables/exchanged/deep/slots", "x");
+    ActingHandler handler;
+    handler.actions["9 DirNode::DirNode() path: " + exchanged + "/deep"] = [&] {
+        std::filesystem::rename(exchanged, path() + "/moved");
+        std::filesystem::create_symlink(path() + "/elsewhere", exchanged);
+    };
+    EXPECT_EQ(findAll(handler), Names{"exchanged/deep"});
+}
+
 TEST_F(TableFinderFault, ADirectoryThatIsRemovedBeforeItIsOpenedYieldsNothing)
 {
     root.writeFile("a/slots", "x");
