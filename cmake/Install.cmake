@@ -6,10 +6,12 @@ function(quask_configure_documents root output)
     foreach(page IN ITEMS quask.1 quask-table.5)
         set_property(DIRECTORY APPEND PROPERTY
             CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/man/${page})
-        # The pages in the repository can be read as they are: they tell the default.
+        # The pages in the repository can be read as they are: they name the default root directory, and
+        # no version.
         file(READ ${PROJECT_SOURCE_DIR}/man/${page} text)
         string(REPLACE "\\" "\\e" quoted_root "${root}")
         string(REPLACE "/dev/shm/quask" "${quoted_root}" text "${text}")
+        string(REPLACE "\n.Os\n" "\n.Os quask ${PROJECT_VERSION}\n" text "${text}")
         file(CONFIGURE OUTPUT ${output}/${page} CONTENT "${text}" @ONLY)
     endforeach()
 
