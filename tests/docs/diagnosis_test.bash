@@ -76,7 +76,7 @@ check() {
         printf 'skipped: %s\n' "$command"
         return
     fi
-    chmod -R u+rwX "$QUASK_TEST_ROOT"
+    chmod -R u+rwX "$QUASK_TEST_ROOT" 2> /dev/null
     rm -rf "${QUASK_TEST_ROOT:?}"/*
     "$live_writer" "$QUASK_TEST_ROOT/feed/eq" 8 4 3 2 < /dev/null > /dev/null
     cd "$QUASK_TEST_ROOT/feed/eq" || exit 1
