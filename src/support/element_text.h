@@ -12,8 +12,10 @@
 // What the value printers print of one element, written to memory that has room for it.
 namespace Dovan::Platform::ElementText {
 
-// Room for one element of any type: the longest of the others is -2.2250738585072014e-308.
-inline constexpr std::size_t maxElementText = decimalRoom;
+// Room for the text of one element of any type. The longest that std::to_chars writes is a
+// double's, -2.2250738585072014e-308.
+inline constexpr std::size_t maxElementText = 32;
+static_assert(maxElementText >= decimalRoom);
 
 // Writes one character of a text between `quote`s; at most 4 characters. The address behind them.
 inline char* writeCharacter(char* out, unsigned char c, char quote)
@@ -47,7 +49,7 @@ inline char* write(char* out, std::string_view text)
 }
 
 // Writes the text of one T to `out`, which has room for maxElementText characters; the address
-// behind the text.
+// after the text.
 template <typename T>
 char* writeElement(char* out, unsigned char const* bytes)
 {

@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "base/hex.h"
+#include "support/appending_printer.h"
 #include "support/element_text.h"
 
 namespace Dovan::Platform {
@@ -17,24 +18,6 @@ using ElementText::maxElementText;
 using ElementText::write;
 using ElementText::writeCharacter;
 using ElementText::writeElement;
-
-// Bytes of a value whose text is one part of a large text; a multiple of each type's size.
-constexpr std::size_t partSize = std::size_t{32} * 1024;
-
-// The base of all printers.
-class AppendingPrinter : public ValuePrinter
-{
-public:
-    std::string print(void const* value) const final
-    {
-        TextBuffer text;
-        append(text, value);
-        return std::string(text.view());
-    }
-
-protected:
-    ~AppendingPrinter() = default;
-};
 
 template <typename T>
 class ElementPrinter final : public AppendingPrinter
@@ -61,7 +44,7 @@ public:
 
     std::size_t appendPart(TextBuffer& out, void const* value, std::size_t from) const override
     {
-        std::size_t const end = std::min(from + partSize, count_ * sizeof(T));
+        std::size_t const end = std::min(from + valuePartSize, count_ * sizeof(T));
         appendElements(out, value, from, end);
         if (end < count_ * sizeof(T)) {
             return end;
@@ -105,7 +88,7 @@ public:
         if (from == 0) {
             out.append('"');
         }
-        std::size_t const end = std::min(from + partSize, size_);
+        std::size_t const end = std::min(from + valuePartSize, size_);
         bool const ended = appendCharacters(out, value, from, end);
         if (!ended && end < size_) {
             return end;
@@ -146,11 +129,11 @@ public:
 
     std::size_t appendPart(TextBuffer& out, void const* value, std::size_t from) const override
     {
-        static_assert(partSize % 4 == 0, "a space lies between two parts");
+        static_assert(valuePartSize % 4 == 0, "a space lies between two parts");
         if (from != 0) {
             out.append(' ');
         }
-        std::size_t const end = std::min(from + partSize, size_);
+        std::size_t const end = std::min(from + valuePartSize, size_);
         appendBytes(out, static_cast<unsigned char const*>(value) + from, end - from);
         return end < size_ ? end : noMore;
     }
