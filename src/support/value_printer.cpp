@@ -4,12 +4,14 @@
 #include <cstdint>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <type_traits>
 
 #include "base/hex.h"
 #include "support/appending_printer.h"
 #include "support/element_text.h"
+#include "support/value_type.h"
 
 namespace Dovan::Platform {
 namespace {
@@ -171,18 +173,46 @@ ValuePrinter const* arrayPrinter(std::size_t count)
     return printerFor<Printer>(count);
 }
 
+// What T is to a program that wants more than its text, if there is a word for it.
+template <typename T>
+constexpr std::optional<ElementType> elementTypeOf()
+{
+    if constexpr (std::is_same_v<T, bool>) {
+        return ElementType::boolean;
+    } else if constexpr (std::is_same_v<T, char>) {
+        return ElementType::character;
+    } else if constexpr (std::is_floating_point_v<T>) {
+        return sizeof(T) == 4 ? ElementType::float32 : ElementType::float64;
+    } else if constexpr (std::is_integral_v<T>) {
+        constexpr bool isSigned = std::is_signed_v<T>;
+        switch (sizeof(T)) {
+            case 1:
+                return isSigned ? ElementType::int8 : ElementType::uint8;
+            case 2:
+                return isSigned ? ElementType::int16 : ElementType::uint16;
+            case 4:
+                return isSigned ? ElementType::int32 : ElementType::uint32;
+            default:
+                return isSigned ? ElementType::int64 : ElementType::uint64;
+        }
+    } else {
+        return std::nullopt;
+    }
+}
+
 struct NamedType
 {
     std::string_view name;
     std::size_t size;
     ValuePrinter const* (*printer)();
     ValuePrinter const* (*printerOfArray)(std::size_t count);
+    std::optional<ElementType> element = {};
 };
 
 template <typename T>
 constexpr NamedType named(std::string_view name)
 {
-    return {name, sizeof(T), elementPrinter<T>, arrayPrinter<T>};
+    return {name, sizeof(T), elementPrinter<T>, arrayPrinter<T>, elementTypeOf<T>()};
 }
 
 constexpr NamedType knownTypes[] = {
@@ -226,6 +256,36 @@ std::string arraySuffix(std::size_t count)
     return "[" + std::to_string(count) + "]";
 }
 
+// A type of knownTypes that a value has, or whose array it is.
+struct Known
+{
+    NamedType const* type;
+    std::size_t count;  // of elements, at least 1
+    bool isArray;
+};
+
+// Nothing for a name that is not known, or whose size is another.
+std::optional<Known> findKnownType(std::string_view name, std::size_t size)
+{
+    if (name.starts_with("std::")) {
+        name.remove_prefix(5);
+    }
+    for (NamedType const& type : knownTypes) {
+        std::size_t const count = size / type.size;
+        if (count == 0 || count * type.size != size || !name.starts_with(type.name)) {
+            continue;
+        }
+        std::string_view const suffix = name.substr(type.name.size());
+        if (count == 1 && suffix.empty()) {
+            return Known{&type, 1, false};
+        }
+        if (suffix == arraySuffix(count)) {
+            return Known{&type, count, true};
+        }
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::size_t ValuePrinter::appendPart(TextBuffer& out, void const* value, std::size_t /*from*/) const
@@ -248,24 +308,20 @@ void ValuePrinter::writeTo(std::ostream& out, void const* value) const
 ValuePrinter const* getValuePrinter(std::string typeName, int valueSize)
 {
     std::size_t const size = static_cast<unsigned>(valueSize);
-    std::string_view name = typeName;
-    if (name.starts_with("std::")) {
-        name.remove_prefix(5);
+    std::optional<Known> const known = findKnownType(typeName, size);
+    if (!known) {
+        return printerFor<HexPrinter>(size);
     }
-    for (NamedType const& type : knownTypes) {
-        std::size_t const count = size / type.size;
-        if (count == 0 || count * type.size != size || !name.starts_with(type.name)) {
-            continue;
-        }
-        std::string_view const suffix = name.substr(type.name.size());
-        if (count == 1 && suffix.empty()) {
-            return type.printer();
-        }
-        if (suffix == arraySuffix(count)) {
-            return type.printerOfArray(count);
-        }
+    return known->isArray ? known->type->printerOfArray(known->count) : known->type->printer();
+}
+
+std::optional<ValueType> findValueType(std::string_view typeName, std::size_t valueSize)
+{
+    std::optional<Known> const known = findKnownType(typeName, valueSize);
+    if (!known || !known->type->element) {
+        return std::nullopt;
     }
-    return printerFor<HexPrinter>(size);
+    return ValueType{*known->type->element, known->count, known->isArray};
 }
 
 }  // namespace Dovan::Platform
