@@ -1,32 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "report/quask_scanner_base.h"
-#include "support/root_path.h"
-#include "table/lookaside_value.h"
-#include "table/quask_reader_generic.h"
-#include "table/vandral_reader_generic.h"
+#include "report/table_headers.h"
 
 namespace Quask {
-
-namespace QuaskTest {
-
-// The four headers, whatever they hold. What a value's text can be many times as large as is kept
-// as it is.
-struct Headers
-{
-    std::string buckets;
-    std::string slots;  // all but the lookaside value and its newline
-    LookasideValue lookasideValue;
-    std::string primary;
-    std::string secondary;
-};
-
-// Precondition: both readers are attached.
-Headers getHeaders(QuaskReaderGeneric const& reader, VandralReaderGeneric const& vandral);
-
-}  // namespace QuaskTest
 
 // The header report of one table.
 class QuaskHeaderScanner : public QuaskScannerBase
@@ -41,7 +18,7 @@ public:
     int doGetHeaders();
 
 private:
-    void printHeaders(RootPath const& rootPath, QuaskTest::Headers const& headers);
+    void printHeaders(TableHeaders const& headers);
 };
 
 }  // namespace Quask

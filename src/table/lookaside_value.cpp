@@ -3,23 +3,23 @@
 #include <algorithm>
 #include <cstddef>
 #include <new>
-#include <string>
 
 namespace Quask {
 
 LookasideValue::LookasideValue(SlotReaderGenericTable const& slots,
                                SlotTable<EmptyValue>::Header const& header)
+    : size_(std::min<std::size_t>(header.valueSize, slots.lookasideSize()))
 {
-    std::size_t const size = std::min<std::size_t>(header.valueSize, slots.lookasideSize());
-    bytes_ = Dovan::allocateZeroed(size);
+    bytes_ = Dovan::allocateZeroed(size_ + 1);
     if (bytes_ == nullptr) {
         throw std::bad_alloc();
     }
-    slots.copyLookasideValue(bytes_.get(), size);
+    slots.copyLookasideValue(bytes_.get(), size_);
+    if (size_ == header.valueSize) {
+        typeName_ = header.textOf(header.valueType);
+    }
     // No type has an empty name: the bytes are shown as such.
-    std::string const type =
-        size == header.valueSize ? header.textOf(header.valueType) : std::string();
-    printer_ = Dovan::Platform::getValuePrinter(type, static_cast<int>(size));
+    printer_ = Dovan::Platform::getValuePrinter(typeName_, static_cast<int>(size_));
 }
 
 }  // namespace Quask

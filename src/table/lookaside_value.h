@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <ostream>
+#include <string>
 
 #include "base/zeroed_bytes.h"
 #include "support/value_printer.h"
@@ -24,8 +26,17 @@ public:
     // missing.
     void printTo(std::ostream& out) const { printer_->writeTo(out, bytes_.get()); }
 
+    // The bytes, and after them one that is 0; valid as long as the object.
+    unsigned char const* bytes() const { return bytes_.get(); }
+    std::size_t size() const { return size_; }
+
+    // The name of its type; empty when bytes are missing.
+    std::string const& typeName() const { return typeName_; }
+
 private:
     Dovan::ZeroedBytes bytes_;
+    std::size_t size_;
+    std::string typeName_;
     Dovan::Platform::ValuePrinter const* printer_;
 };
 
