@@ -5,22 +5,18 @@
 #include <iostream>
 #include <memory>
 #include <new>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "base/debug_handler.h"
-#include "base/exception.h"
 #include "base/standard_output.h"
 #include "base/text_buffer.h"
 #include "base/zeroed_bytes.h"
-#include "mem/atomics.h"
 #include "report/large_value_lines.h"
 #include "report/quask_scanner_base.h"
 #include "report/quask_textify.h"
+#include "report/scan_preparation.h"
 #include "support/value_printer.h"
-#include "table/direction.h"
 #include "table/quask_reader_generic.h"
 #include "table/slot_reader_generic_table.h"
 #include "table/slot_table.h"
@@ -70,45 +66,9 @@ private:
 
 namespace {
 
-// Attaches and checks the table. False, with what there is to say, when it cannot be walked.
-bool prepare(QuaskReaderGeneric& reader, std::string const& name)
-{
-    if (!Mem::Atomics::checkCpuSupport()) {
-        std::cerr << "Hardware does not support Atomics" << std::endl;
-        return false;
-    }
-    if (!reader.attach()) {
-        return false;
-    }
-    std::string error;
-    if (!reader.validate(error)) {
-        // On standard output even when the report goes to a file.
-        std::cout << "Quask " << name << " validation failed: " << error << std::endl;
-        return false;
-    }
-    return true;
-}
-
 std::unique_ptr<unsigned char[]> allocateBuffer(std::size_t size)
 {
     return std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[size]());
-}
-
-// Zeroed memory for one value, from `allocate`, which gives null when there is none. A value can be
-// no larger than the file that holds it: a header that says so, or memory that cannot be had, is
-// corruption.
-template <typename Buffer>
-Buffer makeValueBuffer(Dovan::Platform::DebugHandler& handler, unsigned valueSize,
-                       unsigned fileSize, Buffer (*allocate)(std::size_t size))
-{
-    Buffer buffer = valueSize <= fileSize ? allocate(valueSize) : Buffer();
-    if (buffer == nullptr) {
-        std::ostringstream message;
-        message << "QuaskScannerBase::doScan() no buffer for a value of size: " << valueSize
-                << " slot file size: " << fileSize;
-        Dovan::logAndThrow<CorruptionDetectedException>(handler, message.str());
-    }
-    return buffer;
 }
 
 // What shows values of this type in this style; hexadecimal bytes are what a type without a name
@@ -121,27 +81,14 @@ Dovan::Platform::ValuePrinter const* printerFor(QuaskTextify::Style style,
                                             static_cast<int>(valueSize));
 }
 
-template <typename Handler>
-void walkAll(QuaskReaderGeneric& reader, Handler& handler, std::ostream& out)
-{
-    try {
-        reader.scan(handler, 0, 0xffffffff, Direction::upward, true);
-    } catch (...) {
-        // An exception that nothing catches ends the process without unwinding, and the lines of
-        // the buckets before it would be lost.
-        out.flush();
-        throw;
-    }
-}
-
 }  // namespace
 
 int QuaskScannerBase::doScan(QuaskTextify::Style style, bool printEmpty)
 {
     std::string const name = tableNameText();
     QuaskReaderGeneric reader(name);
-    if (!prepare(reader, name)) {
-        std::cerr << "Error attaching to Quask " << name << std::endl;
+    // A failed check is reported on standard output even when the report goes to a file.
+    if (!prepareScan(reader, name, std::cout)) {
         return 1;
     }
     auto const& [typeName, valueSize] = reader.valueFormat();
