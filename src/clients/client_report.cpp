@@ -20,20 +20,16 @@
 #include "table/vandral_reader_generic.h"
 
 namespace Quask {
-namespace {
 
 using Dovan::trace;
 using Model::QuaskTable;
 
-// Without root, the processes of other users cannot be looked into and are missing from the report.
-void warnUnlessRoot()
+void warnUnlessRoot(std::ostream& out)
 {
     if (std::getenv("J5_CHROOT") == nullptr && getuid() != 0) {
-        std::cout << "You should run this command as root." << std::endl;
+        out << "You should run this command as root." << std::endl;
     }
 }
-
-}  // namespace
 
 QuaskClientScanner::~QuaskClientScanner() = default;
 
@@ -156,7 +152,7 @@ bool QuaskClientScanner::lookUpAllTables(std::set<QuaskTable>& tables) const
 
 int QuaskClientScanner::doGetClientInfo()
 {
-    warnUnlessRoot();
+    warnUnlessRoot(std::cout);
     QuaskTable table;
     if (lookUpTable(table)) {
         return 1;
@@ -168,7 +164,7 @@ int QuaskClientScanner::doGetClientInfo()
 
 int QuaskClientScanner::doGetAllClientInfo()
 {
-    warnUnlessRoot();
+    warnUnlessRoot(std::cout);
     std::set<QuaskTable> tables;
     if (lookUpAllTables(tables)) {
         return 1;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -16,6 +17,10 @@ namespace Quask {
 class MapsFile;
 
 using String = std::string;
+
+// Prints a line when the user is not root and the environment lacks J5_CHROOT: the processes of
+// other users cannot be looked into then, and are missing from what is found.
+void warnUnlessRoot(std::ostream& out);
 
 // Finds the processes that have table files mapped, from the lists of mappings under /proc, sorts
 // them into roles, and prints the client reports. One thread at a time.
@@ -39,10 +44,9 @@ public:
     using QuaskScannerBase::QuaskScannerBase;
     ~QuaskClientScanner() override;
 
-    // The reports. Both say on standard output, wherever the report goes, when the user is not root
-    // and the environment lacks J5_CHROOT: the processes of other users are then missing. 0, or 1
-    // with a line on standard error and nothing printed. Precondition: initialize() or, for the
-    // report on all tables, an output chosen otherwise. Throws as extractMmapInfo() does.
+    // The reports. Both warn on standard output, wherever the report goes: see warnUnlessRoot(). 0,
+    // or 1 with a line on standard error and nothing printed. Precondition: initialize() or, for
+    // the report on all tables, an output chosen otherwise. Throws as extractMmapInfo() does.
 
     // Prints the scanner's table: its header figures and its clients by their roles.
     int doGetClientInfo();
