@@ -1,25 +1,11 @@
 #include "cli/job_dispatch.h"
 
-#include <iostream>
-
+#include "cli/scanner_output.h"
 #include "clients/quask_client_scanner.h"
 #include "report/quask_header_scanner.h"
 #include "report/quask_scanner_base.h"
 
 namespace Quask {
-namespace {
-
-// Chooses the scanner's output; false, with the scanner's name on standard error, when it cannot.
-bool initialize(QuaskScannerBase& scanner, char const* scannerName)
-{
-    if (scanner.initialize()) {
-        return true;
-    }
-    std::cerr << "Failed to initialize " << scannerName << "." << std::endl;
-    return false;
-}
-
-}  // namespace
 
 int runAllTablesJob(Options const& options)
 {

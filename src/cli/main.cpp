@@ -1,22 +1,19 @@
-#include <iostream>
-
-#include <unistd.h>
-
-#include "base/standard_descriptors.h"
-#include "base/standard_error.h"
-#include "base/standard_output.h"
 #include "cli/command_line.h"
+#include "cli/help_text.h"
+#include "cli/job_dispatch.h"
+#include "cli/process.h"
+
+namespace {
+
+int run(int argc, char** argv)
+{
+    Quask::Program const quask{Quask::helpText, Quask::runAllTablesJob, Quask::runSingleTableJob};
+    return Quask::runCommandLine(quask, argc, argv);
+}
+
+}  // namespace
 
 int main(int argc, char** argv)
 {
-    Dovan::reserveStandardDescriptors();
-    Dovan::StandardError const errors;
-    Dovan::StandardOutput output(STDOUT_FILENO);
-    Dovan::StandardOutput::writeRemainderOnTermination();
-    int const status = Quask::runCommandLine(argc, argv);
-    if (!output.finish()) {
-        std::cerr << "Error writing to standard output" << std::endl;
-        return 1;
-    }
-    return status;
+    return Quask::runProcess(run, argc, argv);
 }
