@@ -9,10 +9,9 @@
 #include <string_view>
 #include <utility>
 
-#include "base/standard_output.h"
-#include "base/text_buffer.h"
 #include "base/zeroed_bytes.h"
 #include "report/large_value_lines.h"
+#include "report/line_output.h"
 #include "report/quask_scanner_base.h"
 #include "report/quask_textify.h"
 #include "report/scan_preparation.h"
@@ -23,8 +22,7 @@
 
 namespace Quask {
 
-// Writes each line as it is. A line for standard output is built where it is to be written from:
-// copying it there would cost as much as building it. Final, so that the walk calls it directly.
+// Writes each line as it is. Final, so that the walk calls it directly.
 class QuaskScannerBase::MyScanner final : public QuaskTextify
 {
 public:
@@ -33,35 +31,17 @@ public:
               std::ostream& output)
         : QuaskTextify(std::move(valueBuffer), valueSize, chosenStyle, printer, valueType,
                        showEmpty),
-          out(&output),
-          standardOutput_(Dovan::StandardOutput::of(output))
-    {
-        if (standardOutput_ != nullptr) {
-            useRoomOfOutput();
-        }
-    }
+          lines_(output, chain)
+    {}
 
     bool handleLineString(unsigned /*bucket*/, std::string_view line) override
     {
-        if (standardOutput_ != nullptr) [[likely]] {
-            standardOutput_->append(line);
-            useRoomOfOutput();
-        } else {
-            out->write(line.data(), static_cast<std::streamsize>(line.size()));
-        }
+        lines_.write(line);
         return true;
     }
 
 private:
-    void useRoomOfOutput()
-    {
-        std::size_t roomSize = 0;
-        char* const room = standardOutput_->lendRoom(roomSize);
-        chain.useMemory(room, roomSize);
-    }
-
-    std::ostream* out;
-    Dovan::StandardOutput* standardOutput_;  // the buffer of `out`, if it is that
+    LineOutput lines_;
 };
 
 namespace {
