@@ -1,10 +1,13 @@
-// price_feed TABLE: keeps a table of prices that change all the time, to look at with the tool.
-// Prints "ready" once the table is there; removes it when it ends.
+// price_feed TABLE: keeps a table of prices that change all the time, to look at with the tool. At
+// nearly every moment one of them is being rewritten. Prints "ready" once the table is there;
+// removes it when it ends.
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +27,7 @@
 #include "base/debug_handler.h"
 #include "stop.h"
 #include "support/root_path.h"
+#include "support/shared_store.h"
 #include "support/table_writer.h"
 #include "support/util.h"
 
@@ -33,12 +37,11 @@ using namespace std::chrono_literals;
 
 constexpr char const* help =
     "Usage: price_feed [OPTIONS] TABLE\n"
-    "Keeps a table of prices changing until it gets SIGINT or SIGTERM or, where that is a pipe or "
-    "a\n"
+    "Keeps a table of prices changing until it gets SIGINT or SIGTERM or, if that is a pipe or a\n"
     "terminal, its standard input ends.\n"
     "  --seconds N  end after N seconds\n"
-    "  --rate N     change N prices a second (20)\n"
-    "  --burst N    spend N milliseconds of each second changing as many as can be (200)\n";
+    "  --rate N     change N prices per second (20); each change takes until the next one\n"
+    "  --burst N    spend N milliseconds of each second changing as many as possible (200)\n";
 
 struct Options
 {
@@ -80,7 +83,7 @@ std::optional<Options> parse(int argc, char** argv)
     return options;
 }
 
-// The prices and the table that they are written to. An instrument hangs in the bucket of its
+// The prices and the table that they are written to. The bucket of an instrument follows from its
 // name's checksum; while it is not listed it has no slot.
 class Market
 {
@@ -102,15 +105,18 @@ public:
     // Another price for any instrument that is listed.
     void changePrice()
     {
-        Instrument& instrument = any();
-        if (instrument.slot) {
-            int const usual = instrument.usual;
-            int const change = static_cast<int>(random_() % 41) - 20;
-            instrument.cents =
-                std::clamp(instrument.cents + change, usual - usual / 5, usual + usual / 5);
-            writer_.update(*instrument.slot, text(instrument));
+        Instrument* instrument = &any();
+        while (!instrument->slot) {
+            instrument = &any();
         }
+        int const usual = instrument->usual;
+        int const change = static_cast<int>(random_() % 41) - 20;
+        instrument->cents =
+            std::clamp(instrument->cents + change, usual - usual / 5, usual + usual / 5);
+        writer_.update(*instrument->slot, text(*instrument));
     }
+
+    void notifyReaders() { writer_.notify(); }
 
     // Takes any instrument off the list or, when a few are off it, puts one of those back.
     void changeList()
@@ -180,6 +186,37 @@ private:
     std::array<char, 16> text_{};
 };
 
+// While it lives, an update stands still at the moment at which readers know that the value is
+// being rewritten, and no byte of it has been: at the second fence of an update.
+class PauseInUpdate final : private QuaskTesting::StoreObserver
+{
+public:
+    PauseInUpdate(Demo::Stop& stop, Demo::Clock::time_point until) : stop_(stop), until_(until) {}
+
+private:
+    void beforeReleaseFence() override
+    {
+        if (++fences_ == 2) {
+            stop_.comesBefore(until_);
+        }
+    }
+    void beforeStore(void* /*address*/, std::size_t /*size*/, void const* /*bytes*/,
+                     std::memory_order /*order*/) override
+    {}
+    void beforeLengthen(std::uint64_t /*size*/) override {}
+
+    Demo::Stop& stop_;
+    Demo::Clock::time_point until_;
+    int fences_ = 0;
+    QuaskTesting::ObserveStores observed_{*this};
+};
+
+void changePriceSlowly(Market& market, Demo::Stop& stop, Demo::Clock::time_point until)
+{
+    PauseInUpdate const pause(stop, until);
+    market.changePrice();
+}
+
 void run(Market& market, Demo::Stop& stop, Options const& options)
 {
     Demo::Clock::time_point const start = Demo::Clock::now();
@@ -206,10 +243,11 @@ void run(Market& market, Demo::Stop& stop, Options const& options)
             if (time < Demo::Clock::now()) {
                 continue;
             }
+            changePriceSlowly(market, stop, time);
+            market.notifyReaders();
             if (stop.comesBefore(time) || isOver()) {
                 return;
             }
-            market.changePrice();
         }
         if (stop.comesBefore(second + 1s)) {
             return;
@@ -228,9 +266,11 @@ int main(int argc, char** argv)
     }
     std::unique_ptr<Dovan::Platform::DebugHandler> const handler(
         Dovan::Platform::getDebugHandler("price_feed"));
+    bool const hadRoot = std::filesystem::exists(Quask::rootDirectory());
     Quask::RootPath const table(*handler, options->table, true);
     if (std::filesystem::exists(table.directory() + "/buckets")) {
-        std::fprintf(stderr, "price_feed: %s is a table already; remove it if no one keeps it\n",
+        std::fprintf(stderr,
+                     "price_feed: %s is a table already; remove it if no process keeps it\n",
                      table.directory().c_str());
         return 1;
     }
@@ -250,5 +290,8 @@ int main(int argc, char** argv)
         std::filesystem::remove(table.directory() + "/" + QuaskTesting::fileName(file), ignored);
     }
     std::filesystem::remove(table.directory(), ignored);
+    if (!hadRoot) {
+        std::filesystem::remove(Quask::rootDirectory(), ignored);  // unless there are other tables
+    }
     return status;
 }
