@@ -4,10 +4,21 @@
 
 #include "support/root_path.h"
 #include "table/attach_together.h"
-#include "table/quask_reader_generic.h"
-#include "table/vandral_reader_generic.h"
 
 namespace Quask {
+
+TableHeaders QuaskTest::getHeaders(QuaskReaderGeneric const& reader,
+                                   VandralReaderGeneric const& vandral)
+{
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is what is consistent.
+    SlotTable<EmptyValue>::Header const slots(reader.liveSlotsHeader());
+    return TableHeaders{.directory = {},
+                        .buckets = BucketTable::Header(reader.liveBucketsHeader()),
+                        .slots = slots,
+                        .lookasideValue = reader.lookasideValue(slots),
+                        .primary = Vandral::Header(*vandral.primaryHeader),
+                        .secondary = Vandral::Header(*vandral.secondaryHeader)};
+}
 
 std::optional<TableHeaders> readTableHeaders(Dovan::Platform::DebugHandler& handler,
                                              std::string const& name)
@@ -27,15 +38,9 @@ std::optional<TableHeaders> readTableHeaders(Dovan::Platform::DebugHandler& hand
                   << " reader for " << name << std::endl;
         return std::nullopt;
     }
-    BucketTable::Header const buckets(reader.liveBucketsHeader());
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is what is consistent.
-    SlotTable<EmptyValue>::Header const slots(reader.liveSlotsHeader());
-    return TableHeaders{.directory = rootPath.directory(),
-                        .buckets = buckets,
-                        .slots = slots,
-                        .lookasideValue = reader.lookasideValue(slots),
-                        .primary = Vandral::Header(*vandral.primaryHeader),
-                        .secondary = Vandral::Header(*vandral.secondaryHeader)};
+    TableHeaders headers = QuaskTest::getHeaders(reader, vandral);
+    headers.directory = rootPath.directory();
+    return headers;
 }
 
 }  // namespace Quask

@@ -6,8 +6,10 @@
 #include "base/debug_handler.h"
 #include "table/bucket_table.h"
 #include "table/lookaside_value.h"
+#include "table/quask_reader_generic.h"
 #include "table/slot_table.h"
 #include "table/vandral.h"
+#include "table/vandral_reader_generic.h"
 
 namespace Quask {
 
@@ -23,9 +25,17 @@ struct TableHeaders
     Vandral::Header secondary;      // vandral.2
 };
 
+namespace QuaskTest {
+
+// Copies the headers; the directory is left empty. Precondition: both readers are attached. Throws
+// std::bad_alloc when there is no memory for the lookaside value.
+TableHeaders getHeaders(QuaskReaderGeneric const& reader, VandralReaderGeneric const& vandral);
+
+}  // namespace QuaskTest
+
 // Attaches the four files of the table of this name and copies their headers. Nothing, with a line
 // on standard error, when a file cannot be attached. `handler` is the scanner's channel. Throws
-// std::bad_alloc when there is no memory for the lookaside value.
+// as getHeaders() does.
 std::optional<TableHeaders> readTableHeaders(Dovan::Platform::DebugHandler& handler,
                                              std::string const& name);
 
