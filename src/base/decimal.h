@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -31,15 +33,30 @@ inline char* writeEightDigits(char* out, std::uint64_t number)
     return out + 8;
 }
 
-// Writes the digits behind the leading zeros, at least one; overwrites eight characters.
-inline char* writeSomeDigits(char* out, std::uint64_t number)
+inline constexpr auto powersOfTen = [] {
+    std::array<std::uint64_t, 20> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i) {
+        powers[i] = 10 * powers[i - 1];
+    }
+    return powers;
+}();
+
+// The number of a number's digits, at least one. It is there long before the digits, so that text
+// that comes after them can be written meanwhile.
+constexpr unsigned digitCount(std::uint64_t number)
 {
-    std::uint64_t const digits = eightDigits(number);
-    // The last digit counts even when it is zero.
-    int const zeros = std::countr_zero(digits | std::uint64_t{1} << 56) / 8;
-    std::uint64_t const text = (digits + asciiZeros) >> (8 * zeros);
+    number |= 1;  // one digit for 0, and as many as before for any other
+    // The logarithm of 2 is just above 1233 / 4096: this is the count or one less.
+    auto const least = static_cast<unsigned>(std::bit_width(number)) * 1233 >> 12;
+    return least + (number >= powersOfTen[least] ? 1 : 0);
+}
+
+// Writes the last `count` of the eight digits; overwrites eight characters.
+inline char* writeLastDigits(char* out, std::uint64_t number, unsigned count)
+{
+    std::uint64_t const text = (eightDigits(number) + asciiZeros) >> (64 - 8 * count);
     std::memcpy(out, &text, 8);
-    return out + 8 - zeros;
+    return out + count;
 }
 
 }  // namespace Detail
@@ -62,14 +79,15 @@ inline char* writeDecimal(char* out, Integer value)
             number = 0 - number;
         }
     }
-    if (number < chunk) {
-        return Detail::writeSomeDigits(out, number);
+    unsigned const count = Detail::digitCount(number);
+    if (count <= 8) {
+        return Detail::writeLastDigits(out, number, count);
     }
     std::uint64_t const upper = number / chunk;
-    if (upper < chunk) {
-        out = Detail::writeSomeDigits(out, upper);
+    if (count <= 16) {
+        out = Detail::writeLastDigits(out, upper, count - 8);
     } else {
-        out = Detail::writeSomeDigits(out, upper / chunk);
+        out = Detail::writeLastDigits(out, upper / chunk, count - 16);
         out = Detail::writeEightDigits(out, upper % chunk);
     }
     return Detail::writeEightDigits(out, number % chunk);

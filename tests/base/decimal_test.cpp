@@ -28,6 +28,17 @@ TEST(WriteDecimal, HasNoLeadingZeros)
     EXPECT_EQ(decimalOf(9999999999999999), "9999999999999999");
 }
 
+TEST(WriteDecimal, HasOneMoreDigitFromEveryPowerOfTenOn)
+{
+    std::uint64_t power = 1;
+    for (std::size_t digits = 1; digits <= 19; ++digits) {
+        power *= 10;
+        EXPECT_EQ(decimalOf(power - 1), std::string(digits, '9'));
+        EXPECT_EQ(decimalOf(power), "1" + std::string(digits, '0'));
+        EXPECT_EQ(decimalOf(power + 1), "1" + std::string(digits - 1, '0') + "1");
+    }
+}
+
 template <typename Integer>
 void expectLimits()
 {
