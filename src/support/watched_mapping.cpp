@@ -59,8 +59,25 @@ struct WatchedMappings
         std::uintptr_t const inPage = reinterpret_cast<std::uintptr_t>(address) & (pageSize_ - 1);
         void* const page = const_cast<char*>(static_cast<char const*>(address) - inPage);
         mapping.hasUnreadablePage_ = true;
+        hasReplaced = true;
         return mmap(page, pageSize_, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) !=
                MAP_FAILED;
+    }
+
+    // Maps the files whose pages were replaced as they were before.
+    static void putBack()
+    {
+        for (WatchedMapping* mapping = first; mapping != nullptr; mapping = mapping->next_) {
+            if (!mapping->hasUnreadablePage_) {
+                continue;
+            }
+            mapping->hasUnreadablePage_ = false;
+            if (mmap(const_cast<void*>(mapping->address_), mapping->bytes_, PROT_READ,
+                     MAP_SHARED | MAP_FIXED, mapping->descriptor_, 0) == MAP_FAILED) {
+                endRun(*mapping, false);
+            }
+        }
+        hasReplaced = false;
     }
 
     static bool isCutShort(WatchedMapping const& mapping, void const* address)
@@ -70,11 +87,13 @@ struct WatchedMappings
                offsetIn(mapping, address) >= static_cast<std::uintptr_t>(status.st_size);
     }
 
+    [[noreturn]] static void endRun(WatchedMapping const& mapping, bool isCutShort);
     static void onBusError(int signal, siginfo_t* info, void* context);
     static void installHandler();
 
     static inline WatchedMapping* first = nullptr;
-    static inline bool readsAsZeros = false;
+    static inline bool volatile readsAsZeros = false;  // read by the signal handler
+    static inline bool volatile hasReplaced = false;  // set by the signal handler
 };
 
 namespace {
@@ -85,6 +104,16 @@ iovec piece(std::string_view text)
 }
 
 }  // namespace
+
+void WatchedMappings::endRun(WatchedMapping const& mapping, bool isCutShort)
+{
+    Dovan::StandardOutput::writeRemainder();
+    std::array const line{
+        piece("Quask table file "), piece(mapping.path_),
+        piece(isCutShort ? " was cut short while it was being read\n" : " could not be read\n")};
+    [[maybe_unused]] ssize_t const written = writev(STDERR_FILENO, line.data(), line.size());
+    _exit(1);
+}
 
 void WatchedMappings::onBusError(int signal, siginfo_t* info, void* /*context*/)
 {
@@ -99,13 +128,7 @@ void WatchedMappings::onBusError(int signal, siginfo_t* info, void* /*context*/)
     if (readsAsZeros && replacePage(*mapping, info->si_addr)) {
         return;
     }
-    Dovan::StandardOutput::writeRemainder();
-    std::array const line{piece("Quask table file "), piece(mapping->path_),
-                          isCutShort(*mapping, info->si_addr)
-                              ? piece(" was cut short while it was being read\n")
-                              : piece(" could not be read\n")};
-    [[maybe_unused]] ssize_t const written = writev(STDERR_FILENO, line.data(), line.size());
-    _exit(1);
+    endRun(*mapping, isCutShort(*mapping, info->si_addr));
 }
 
 void WatchedMappings::installHandler()
@@ -152,6 +175,25 @@ UnreadableAsZeros::UnreadableAsZeros()
 UnreadableAsZeros::~UnreadableAsZeros()
 {
     WatchedMappings::readsAsZeros = false;
+    WatchedMappings::hasReplaced = false;
+}
+
+ZerosForNow::ZerosForNow()
+{
+    WatchedMappings::readsAsZeros = true;
+}
+
+ZerosForNow::~ZerosForNow()
+{
+    WatchedMappings::readsAsZeros = false;
+    if (WatchedMappings::hasReplaced) {
+        WatchedMappings::putBack();
+    }
+}
+
+bool ZerosForNow::hasReplaced() const
+{
+    return WatchedMappings::hasReplaced;
 }
 
 }  // namespace Mem

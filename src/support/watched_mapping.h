@@ -8,8 +8,9 @@ namespace Mem {
 // A mapping of a file, watched for the one moment when a load from it fails: SIGBUS. Another
 // process has cut the file short, or the page cannot be read, because a full file system has no
 // room for it or the device fails. Then what was printed so far is written out, one line on
-// standard error names the file, and the process ends with status 1; see UnreadableAsZeros for the
-// other way. A SIGBUS for any other reason ends the process as it would without this.
+// standard error names the file, and the process ends with status 1; see UnreadableAsZeros and
+// ZerosForNow for the other ways. A SIGBUS for any other reason ends the process as it would
+// without this.
 //
 // All watched mappings form a list, which the signal handler goes through. One thread.
 class WatchedMapping
@@ -60,6 +61,22 @@ public:
     UnreadableAsZeros(UnreadableAsZeros const&) = delete;
     UnreadableAsZeros& operator=(UnreadableAsZeros const&) = delete;
     ~UnreadableAsZeros();
+};
+
+// Likewise, but only for as long as it lives: then the pages are as they were, and a load from one
+// of them fails again. For reading ahead of what counts. Throws nothing; where the files cannot be
+// mapped again, the process ends as if the load had failed now. Not while the other lives, nor
+// after it.
+class ZerosForNow
+{
+public:
+    ZerosForNow();
+    ZerosForNow(ZerosForNow const&) = delete;
+    ZerosForNow& operator=(ZerosForNow const&) = delete;
+    ~ZerosForNow();
+
+    // Whether a page was replaced since.
+    bool hasReplaced() const;
 };
 
 }  // namespace Mem

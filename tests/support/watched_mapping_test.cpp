@@ -137,6 +137,30 @@ TEST_F(WatchedMappingDeathTest, APageThatCannotBeReadMayBeTakenForZeros)
     EXPECT_FALSE(cut.hasUnreadablePage());
 }
 
+TEST_F(WatchedMappingDeathTest, APageThatWasTakenForZerosForNowIsUnreadableAgain)
+{
+    std::string const path = root.writeFile("slots", std::string(20000, 'x'));
+    Shared cut(root.path().c_str(), "slots", false, 0, false);
+    auto const* const bytes = static_cast<char const*>(cut.attach(20000, Mode::read));
+    ASSERT_NE(bytes, nullptr);
+    std::filesystem::resize_file(path, 100);
+    for (int i = 0; i < 2; ++i) {
+        Mem::ZerosForNow const zerosForNow;
+        EXPECT_EQ(readByte(bytes), 'x');
+        EXPECT_FALSE(zerosForNow.hasReplaced());
+        EXPECT_EQ(readByte(bytes + 8192), 0);
+        EXPECT_EQ(readByte(bytes + 16384), 0);
+        EXPECT_TRUE(zerosForNow.hasReplaced());
+    }
+    EXPECT_FALSE(cut.hasUnreadablePage());
+    EXPECT_EXIT(readByte(bytes + 8192), testing::ExitedWithCode(1), "was cut short");
+    std::filesystem::resize_file(path, 20000);
+    EXPECT_EQ(readByte(bytes + 8192), 0);
+    EXPECT_EQ(readByte(bytes), 'x');
+    // In one piece, which is what growing needs.
+    EXPECT_NE(cut.resize(20480), nullptr);
+}
+
 TEST_F(WatchedMappingDeathTest, AnyOtherBusErrorEndsTheProcess)
 {
     root.writeFile("slots", "x");
