@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 
 #include "mem/atomics.h"
@@ -9,6 +8,7 @@
 #include "table/chain_cycle.h"
 #include "table/chain_prefetch.h"
 #include "table/direction.h"
+#include "table/link_loads.h"
 #include "table/reader_statistics.h"
 #include "table/slot_reader_generic_table.h"
 #include "table/walk_errors.h"
@@ -123,24 +123,6 @@ private:
         bool lookaside;
     };
 
-    // acquire: pairs with the writer's release store of the link, so that what the writer had
-    // stored into the slot before it led there is seen.
-    static SlotRef loadLink(void const* linkAddress)
-    {
-        return slotRef(Mem::Atomics::load64(linkAddress, std::memory_order_acquire));
-    }
-
-    // relaxed: the loads of the slot, value and next link, come before it by the fence behind the
-    // value and the acquire of the next link. When one of them saw the slot as it was after the
-    // link had been rewritten, this load sees the rewritten link: the writer stores a link before
-    // it touches the slot that the link has left.
-    static bool isUnchanged(void const* linkAddress, SlotRef const& link)
-    {
-        static_assert(offsetof(SlotRef, version) == 0);
-        return !Checks::linkVersion ||
-               Mem::Atomics::load32(linkAddress, std::memory_order_relaxed) == link.version;
-    }
-
     // Walks one chain from `link`, which lies at `bucket`. `link` is the null link that ended the
     // chain, when that was reached.
     [[gnu::always_inline]] ChainEnd walkChain(unsigned index, void const* bucket, SlotRef& link)
@@ -162,7 +144,7 @@ private:
             if (!found) [[unlikely]] {
                 throwOutsideSlots(debugHandler_, slots_, link.index);
             }
-            if (!isUnchanged(linkAddress, link)) [[unlikely]] {
+            if (Checks::linkVersion && !isUnchanged(linkAddress, link)) [[unlikely]] {
                 return ChainEnd::changed;
             }
             if (!handler_.handleSlot(index, link, handler_.data, handler_.size, slot.lookaside,

@@ -62,14 +62,16 @@ public:
     // Brings the mapping up to the number of slots that the writer has published. True when it was
     // mapped again: all pointers into it are then invalid. Throws CorruptionDetectedException when
     // the file is too short for that number, MemoryResourceException when it cannot be mapped.
-    bool doResize()
+    bool doResize() { return hasGrown() && remap(); }
+
+    // Whether the writer has published another number of slots than the mapping was made for.
+    bool hasGrown() const
     {
         // relaxed: pairs with nothing; the consistent copy of the growth step reads the header
-        // anew.
+        // again.
         return mappedVersion !=
-                   Mem::Atomics::load32(&Mem::Atomics::knownAligned(header)->mappedSlots.version,
-                                        std::memory_order_relaxed) &&
-               remap();
+               Mem::Atomics::load32(&Mem::Atomics::knownAligned(header)->mappedSlots.version,
+                                    std::memory_order_relaxed);
     }
 
     unsigned capacity() const override { return capacity_; }
