@@ -22,9 +22,17 @@ namespace Quask {
 class ChainPrefetch
 {
 public:
+    // Buckets of a batch, a power of two. Found by measurement, like the stages: a batch gives the
+    // memory the time to answer. With large values, which fill the caches sooner, fewer are better.
+    static constexpr unsigned batchSizeFor(unsigned valueBytes)
+    {
+        return valueBytes <= 256 ? largestBatch : 16;
+    }
+
     // `buckets` must be set up; it is used, not owned. `bytes` bytes of each value matter.
     ChainPrefetch(BucketReaderTable const& buckets, SlotLayout const& layout, unsigned bytes)
         : buckets_(buckets),
+          batchSize_(batchSizeFor(bytes)),
           lastByte_(std::min<std::size_t>(SlotReaderGenericTable::valueOffset + bytes, 128) - 1)
     {
         restart(layout);
@@ -42,21 +50,21 @@ public:
     // The walk is about to visit bucket `index`, and has visited those before it in order.
     void advance(unsigned index)
     {
-        if (index % batchSize != 0) {
+        if ((index & (batchSize_ - 1)) != 0) {
             return;
         }
         for (std::size_t stage = stages_.size() - 1; stage > 0; --stage) {
             requestNext(stages_[stage - 1], stages_[stage]);
         }
-        requestHeads(std::uint64_t{index} + batchSize * stages_.size(), stages_[0]);
+        requestHeads(std::uint64_t{index} + batchSize_ * stages_.size(), stages_[0]);
     }
 
 private:
-    // Found by measurement with 4 million slots at random places. A batch gives the memory the time
-    // to answer; four stages reach all but one in a thousand elements where there are as many
-    // buckets as slots.
-    static constexpr unsigned batchSize = 16;
+    // Four stages reach all but one in a thousand elements where there are as many buckets as
+    // slots.
     static constexpr std::size_t stageCount = 4;
+
+    static constexpr unsigned largestBatch = 64;
 
     // The slots of one batch that were asked for last.
     struct Batch
@@ -81,7 +89,7 @@ private:
             count = found;
         }
 
-        std::array<unsigned char const*, batchSize + 1> slots;
+        std::array<unsigned char const*, largestBatch + 1> slots;
         std::size_t count;
     };
 
@@ -93,7 +101,7 @@ private:
             return;
         }
         SlotRef const* const links = &buckets_.getRef(static_cast<unsigned>(first));
-        heads.request(layout_, lastByte_, std::min<std::uint64_t>(batchSize, there - first),
+        heads.request(layout_, lastByte_, std::min<std::uint64_t>(batchSize_, there - first),
                       [links](std::size_t i) { return links + i; });
     }
 
@@ -105,6 +113,7 @@ private:
     }
 
     BucketReaderTable const& buckets_;
+    unsigned const batchSize_;
     std::size_t const lastByte_;
     SlotLayout layout_;
     std::array<Batch, stageCount> stages_;

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 
 #include "mem/atomics.h"
 #include "table/bucket_reader_table.h"
+#include "table/chain_batch.h"
 #include "table/chain_cycle.h"
 #include "table/chain_prefetch.h"
 #include "table/direction.h"
@@ -24,6 +26,7 @@ struct AllWalkChecks
     static constexpr bool sequence = true;     // a value's state word is looked at again
     static constexpr bool lookaside = true;    // a value being rewritten is taken from elsewhere
     static constexpr bool growth = true;       // slots that a writer has published are mapped
+    using Batch = AllBatchChecks;
 };
 
 // One optimistic walk over bucket chains. Never locks, never writes to the table. It rests on these
@@ -41,7 +44,11 @@ struct AllWalkChecks
 // A finished chain is not a snapshot: its elements were each in the chain at the moment when they
 // were read, one after the other. An element that no writer touches is in it exactly once.
 //
-// Nothing is allocated. One thread.
+// For a handler that takes batches most chains are walked by ChainBatch, many at once, to the same
+// result; this walk is what it is measured by, and what remains where anything is out of the
+// ordinary.
+//
+// Nothing is allocated. With a batch the object has about 100 KiB. One thread.
 template <typename Handler, typename Checks = AllWalkChecks>
 class ChainWalk
 {
@@ -58,7 +65,8 @@ public:
           handler_(scanHandler),
           layout_(slotTable.layout(scanHandler.size)),
           prefetch_(bucketTable, layout_, scanHandler.size),
-          limits_(slotTable, scanHandler.size)
+          limits_(slotTable, scanHandler.size),
+          batch_(bucketTable, slotTable, scanHandler.size)
     {}
 
     // Walks buckets from `first` on until the handler says stop. With `byPosition` `count` buckets,
@@ -74,18 +82,23 @@ public:
     // what the growth step throws.
     void run(unsigned first, unsigned count, Direction direction, bool byPosition)
     {
-        unsigned const bucketCount = buckets_.bucketCount();
         unsigned const step = direction == Direction::upward ? 1u : ~0u;
-        if (direction != Direction::upward) {
-            count = count == first ? first + 1 : count;
-        } else if (first + count >= bucketCount) {
-            count = bucketCount - first;
-        }
-        unsigned const end = byPosition ? first + count : bucketCount;
+        count = boundedCount(first, count, direction);
+        unsigned const end = byPosition ? first + count : buckets_.bucketCount();
         unsigned visited = 0;  // buckets with elements; means nothing with `byPosition`
+        bool const inBatches = byPosition && direction == Direction::upward;
         unsigned index = first;
         while (index < end && (byPosition || visited < count)) {
             prefetch_.advance(index);
+            if constexpr (BatchHandler<Handler>) {
+                if (inBatches && readBatch(index, end)) {
+                    if (!handler_.handleBatch(batch_)) {
+                        return;
+                    }
+                    index += batch_.bucketCount();
+                    continue;
+                }
+            }
             SlotRef const* const bucket = &buckets_.getRef(index);
             SlotRef link = loadLink(bucket);
             visited += link.isNull() ? 0 : 1;
@@ -122,6 +135,44 @@ private:
         std::uint32_t sequence;
         bool lookaside;
     };
+
+    // In place of the batch, for a handler that does not take batches.
+    struct NoBatch
+    {
+        NoBatch(BucketReaderTable const& /*buckets*/, SlotReaderGenericTable const& /*slots*/,
+                unsigned /*valueSize*/)
+        {}
+    };
+
+    // `count`, without those buckets that are not there.
+    unsigned boundedCount(unsigned first, unsigned count, Direction direction) const
+    {
+        if (direction != Direction::upward) {
+            return count == first ? first + 1 : count;
+        }
+        unsigned const bucketCount = buckets_.bucketCount();
+        return first + count >= bucketCount ? bucketCount - first : count;
+    }
+
+    // Reads buckets from `index` on, before `end`, as a batch. False when they are to be walked one
+    // by one, also to find out in which of them there is an element too many. Batches begin where
+    // the prefetch begins one, so that it is asked at each.
+    bool readBatch(unsigned index, unsigned end)
+    {
+        static_assert(ChainPrefetch::batchSizeFor(ChainBatch::largestValue) == ChainBatch::width);
+        unsigned const there = std::min(end, buckets_.readableBuckets());
+        if (index >= there) {
+            return false;
+        }
+        unsigned const count =
+            std::min(there - index, ChainBatch::width - index % ChainBatch::width);
+        if (!batch_.template read<typename Checks::Batch>(layout_, index, count) ||
+            elements_ + batch_.size() > limits_.elements) {
+            return false;
+        }
+        elements_ += batch_.size();
+        return true;
+    }
 
     // Walks one chain from `link`, which lies at `bucket`. `link` is the null link that ended the
     // chain, when that was reached.
@@ -263,6 +314,7 @@ private:
     ChainPrefetch prefetch_;
     WalkLimits limits_;           // of the current mapping
     std::uint64_t elements_ = 0;  // in the chains that were walked to their ends
+    std::conditional_t<BatchHandler<Handler>, ChainBatch, NoBatch> batch_;
 };
 
 }  // namespace Quask

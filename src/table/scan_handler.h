@@ -6,7 +6,8 @@ namespace Quask {
 
 // What a walk over a table's chains does with them. The walk copies each value into the handler's
 // one buffer; nothing that it passes lies in shared memory. A false result ends the walk. There is
-// no virtual destructor: handlers are created and destroyed as what they are.
+// no virtual destructor: handlers are created and destroyed as what they are. One that also takes
+// many chains at once is a BatchHandler.
 struct ScanHandler
 {
     unsigned char* data = nullptr;  // value buffer, owned by the handler

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/hex.h"
+#include "table/chain_batch.h"
 #include "table/scan_handler.h"
 
 namespace QuaskTesting {
@@ -22,7 +23,7 @@ namespace QuaskTesting {
 //     "0: done v6"                   with the version of the link that ended the chain
 //
 // handleSlot is called when the slot's next link has been loaded, before that link is followed.
-class ScriptedHandler final : public Quask::ScanHandler
+class ScriptedHandler : public Quask::ScanHandler
 {
 public:
     explicit ScriptedHandler(unsigned valueSize) { setSize(valueSize); }
@@ -46,7 +47,7 @@ public:
     bool done(unsigned bucket, Quask::SlotRef const& ref) override
     {
         EXPECT_EQ(ref.index, Quask::SlotRef::null);
-        return note(std::to_string(bucket) + ": done" + unlessZero(" v", ref.version));
+        return note(lineOfEnd(bucket, ref));
     }
 
     bool handleSlot(unsigned bucket, Quask::SlotRef const& ref, unsigned char* valueBytes,
@@ -54,10 +55,7 @@ public:
     {
         EXPECT_EQ(valueBytes, data);
         EXPECT_EQ(length, size);
-        return note(std::to_string(bucket) + ": slot " + std::to_string(ref.index) +
-                    unlessZero(" v", ref.version) + (length == 0 ? "" : " ") +
-                    Dovan::dumpHex(valueBytes, length) + unlessZero(" s", sequence) +
-                    (lookaside ? " *" : ""));
+        return note(lineOfSlot(bucket, ref, valueBytes, sequence) + (lookaside ? " *" : ""));
     }
 
     bool restart(unsigned bucket) override { return note(std::to_string(bucket) + ": restart"); }
@@ -65,7 +63,20 @@ public:
     std::vector<std::string> lines;
     std::string stopAt;  // the call that gives this line returns false
 
-private:
+protected:
+    std::string lineOfSlot(unsigned bucket, Quask::SlotRef const& ref,
+                           unsigned char const* valueBytes, unsigned sequence) const
+    {
+        return std::to_string(bucket) + ": slot " + std::to_string(ref.index) +
+               unlessZero(" v", ref.version) + (size == 0 ? "" : " ") +
+               Dovan::dumpHex(valueBytes, size) + unlessZero(" s", sequence);
+    }
+
+    static std::string lineOfEnd(unsigned bucket, Quask::SlotRef const& ref)
+    {
+        return std::to_string(bucket) + ": done" + unlessZero(" v", ref.version);
+    }
+
     static std::string unlessZero(std::string const& prefix, unsigned number)
     {
         return number == 0 ? "" : prefix + std::to_string(number);
@@ -82,8 +93,42 @@ private:
         return line != stopAt;
     }
 
+private:
     std::vector<unsigned char> buffer_;
     std::map<std::string, std::function<void()>> actions_;
+};
+
+// Takes batches, too. Of each it notes what it is and then its elements, as if they had come in
+// calls, but for the ends of empty buckets:
+//
+//     "batch 0-63"
+//     "0: slot 3 v5 01000000 s8"
+//     "0: done v6"
+class ScriptedBatchHandler final : public ScriptedHandler
+{
+public:
+    using ScriptedHandler::ScriptedHandler;
+
+    bool handleBatch(Quask::ChainBatch const& batch)
+    {
+        unsigned const last = batch.firstBucket() + batch.bucketCount() - 1;
+        bool const goesOn =
+            note("batch " + std::to_string(batch.firstBucket()) + "-" + std::to_string(last));
+        unsigned elements = 0;
+        unsigned isFirst = 1;
+        batch.forEach([&](Quask::BatchElement const& element) {
+            EXPECT_EQ(element.isFirst, isFirst);
+            EXPECT_EQ(element.isLast, element.next.isNull() ? 1u : 0u);
+            note(lineOfSlot(element.bucket, element.ref, element.value, element.sequence));
+            if (element.isLast != 0) {
+                note(lineOfEnd(element.bucket, element.next));
+            }
+            isFirst = element.isLast;
+            ++elements;
+        });
+        EXPECT_EQ(elements, batch.size());
+        return goesOn;
+    }
 };
 
 }  // namespace QuaskTesting

@@ -48,8 +48,15 @@ protected:
     void walk(unsigned first, unsigned count, Quask::Direction direction = Quask::Direction::upward,
               bool byPosition = true)
     {
-        Quask::ChainWalk<ScriptedHandler> chainWalk(debug, *buckets, *slots, statistics, restarts,
-                                                    handler);
+        walkWith(handler, first, count, direction, byPosition);
+    }
+
+    template <typename Checks = Quask::AllWalkChecks, typename Handler>
+    void walkWith(Handler& anyHandler, unsigned first = 0, unsigned count = 0xffffffff,
+                  Quask::Direction direction = Quask::Direction::upward, bool byPosition = true)
+    {
+        Quask::ChainWalk<Handler, Checks> chainWalk(debug, *buckets, *slots, statistics, restarts,
+                                                    anyHandler);
         chainWalk.run(first, count, direction, byPosition);
     }
 
