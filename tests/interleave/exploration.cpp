@@ -15,6 +15,7 @@ Exploration& Exploration::operator+=(Exploration const& other)
     lookasideHits += other.lookasideHits;
     remaps += other.remaps;
     movedRemaps += other.movedRemaps;
+    batches += other.batches;
     return *this;
 }
 
@@ -26,7 +27,7 @@ void report(Exploration const& result)
     }
     std::cout << result.executions << " executions; chains restarted: " << result.restarts
               << ", lookaside hits: " << result.lookasideHits << ", re-maps: " << result.remaps
-              << ", moved: " << result.movedRemaps << std::endl;
+              << ", moved: " << result.movedRemaps << ", batches: " << result.batches << std::endl;
     testing::Test::RecordProperty("executions", std::to_string(result.executions));
 }
 

@@ -19,6 +19,7 @@ struct Exploration
     std::uint64_t lookasideHits = 0;
     std::uint64_t remaps = 0;
     std::uint64_t movedRemaps = 0;
+    std::uint64_t batches = 0;  // that were good
 
     // Adds the figures; keeps the violation that came first.
     Exploration& operator+=(Exploration const& other);

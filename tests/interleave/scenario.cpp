@@ -76,7 +76,7 @@ unsigned Scenario::endless()
     unsigned const loadsOfSlot = 8 + table_.valueSize() / 8 + 2;
     unsigned const loadsOfGrowth = 30;
     unsigned const walkedSlots = SmallTable::elements + 4;  // at most, with what is inserted
-    return 2 * (SmallTable::walkedBuckets + walkedSlots * loadsOfSlot) + loadsOfGrowth;
+    return 3 * (SmallTable::walkedBuckets + walkedSlots * loadsOfSlot) + loadsOfGrowth;
 }
 
 std::string Scenario::setUp(Quask::QuaskReaderGeneric& reader)

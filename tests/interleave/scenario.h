@@ -33,16 +33,22 @@ private:
     void* page_;
 };
 
-// The walk that a scenario looks at. Another one is a type with such a function, which walks the
-// first buckets upward.
-template <typename Checks = Quask::AllWalkChecks>
+// The walks that a scenario looks at, over the first buckets upward: with which checks, and by what
+// they are recorded. run() says whether what was recorded counts.
+template <typename Checks = Quask::AllWalkChecks, typename RecorderType = WalkRecorder>
 struct ByChainWalk
 {
-    static void run(Quask::QuaskReaderGeneric& reader, WalkRecorder& recorder)
+    using Recorder = RecorderType;
+
+    static bool run(Quask::QuaskReaderGeneric& reader, Recorder& recorder)
     {
         reader.scan<Checks>(recorder, 0, SmallTable::walkedBuckets, Quask::Direction::upward, true);
+        return true;
     }
 };
+
+template <typename Checks = Quask::AllWalkChecks>
+using InBatches = ByChainWalk<Checks, BatchRecorder>;
 
 // A small table to which a writer does something, and whose readers are looked at meanwhile. One at
 // a time. `Memory` is InterleavedMemory or WeaklyOrderedMemory, made with `arguments`.
@@ -133,8 +139,8 @@ private:
     };
 
     // More loads in a row than any reader makes while the writer stands still, wherever that is.
-    // The longest is a walk that ends the chain that it is on, maps the slots again, walks that
-    // chain once more, and the other one.
+    // The longest is a walk that reads a batch for nothing, ends the chain that it is on, maps the
+    // slots again, walks that chain again, and the other one.
     unsigned endless();
 
     void carryOut(std::vector<Operation> const& operations);
@@ -145,15 +151,18 @@ private:
     std::string walkOnce(ScheduledMemory& memory, Quask::QuaskReaderGeneric& reader,
                          Exploration& result)
     {
-        WalkRecorder recorder(memory, table_.valueSize());
+        typename Walk::Recorder recorder(memory, table_.valueSize());
         auto const restarts = reader.chainRestarts();
         auto const lookasideHits = reader.lookasideHits();
-        Walk::run(reader, recorder);
+        bool const counts = Walk::run(reader, recorder);
         result.restarts += reader.chainRestarts() - restarts;
         result.lookasideHits += reader.lookasideHits() - lookasideHits;
         result.remaps += reader.readerStatistics().remaps;
         result.movedRemaps += reader.readerStatistics().movedRemaps;
-        return violationIn(memory, recorder.chains(), SmallTable::walkedBuckets);
+        if constexpr (Quask::BatchHandler<typename Walk::Recorder>) {
+            result.batches += recorder.batches();
+        }
+        return counts ? violationIn(memory, recorder.chains(), SmallTable::walkedBuckets) : "";
     }
 
     SmallTable table_;

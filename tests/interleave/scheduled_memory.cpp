@@ -51,6 +51,14 @@ void ScheduledMemory::noteFileSize(Moment moment, bool seesNews)
     note({TableFile::slots, 0, 0}, moment, seesNews);
 }
 
+std::size_t ScheduledMemory::lastLoadOf(Place const& place, std::size_t end) const
+{
+    do {
+        --end;
+    } while (loads_.at(end).place != place);
+    return end;
+}
+
 std::string ScheduledMemory::describe() const
 {
     std::ostringstream text;

@@ -60,6 +60,10 @@ public:
     // Number of loads of this execution so far.
     std::size_t loads() const { return loads_.size(); }
 
+    // The number of the last load before number `end` that loaded just this place. There must be
+    // one.
+    std::size_t lastLoadOf(Place const& place, std::size_t end) const;
+
     // How many schedules the execution that has ended stands for; 0 where they are not counted.
     virtual BigCount schedules() const = 0;
 

@@ -37,7 +37,7 @@ class TakeOverBeside : public testing::TestWithParam<Operation>
 protected:
     // The writer dies before each store of the operation but the first, on tables with and without
     // a free slot. Who takes over does nothing else, or continues.
-    template <typename Memory>
+    template <typename Memory, typename Walk = ByChainWalk<>>
     void expectSoundWalks()
     {
         std::vector<std::vector<Operation>> afterwards{{}};
@@ -54,7 +54,7 @@ protected:
                 for (auto const& operations : afterwards) {
                     Scenario scenario(shape, {GetParam(), stores}, operations);
                     if (scenario.isPossible()) {
-                        Exploration const result = scenario.walk<Memory>();
+                        Exploration const result = scenario.walk<Memory, Walk>();
                         EXPECT_EQ(result.violation, "")
                             << stores << " stores, then "
                             << (operations.empty() ? "nothing" : operations[0].name);
@@ -77,6 +77,16 @@ TEST_P(TakeOverBeside, LetsTheWalkFindWhatWasThereInEveryInterleaving)
 TEST_P(TakeOverBeside, LetsTheWalkFindWhatWasThereHoweverWeaklyOrdered)
 {
     expectSoundWalks<WeaklyOrderedMemory>();
+}
+
+TEST_P(TakeOverBeside, LetsAWalkInBatchesFindWhatWasThereInEveryInterleaving)
+{
+    expectSoundWalks<InterleavedMemory, InBatches<>>();
+}
+
+TEST_P(TakeOverBeside, LetsAWalkInBatchesFindWhatWasThereHoweverWeaklyOrdered)
+{
+    expectSoundWalks<WeaklyOrderedMemory, InBatches<>>();
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, TakeOverBeside, testing::ValuesIn(dying), testName);

@@ -6,6 +6,7 @@
 
 #include "base/hex.h"
 #include "support/proving_values.h"
+#include "support/table_layout.h"
 
 namespace QuaskTesting {
 
@@ -16,10 +17,11 @@ WalkRecorder::WalkRecorder(ScheduledMemory const& memory, unsigned valueSize)
     size = valueSize;
 }
 
-bool WalkRecorder::handleSlot(unsigned /*bucket*/, Quask::SlotRef const& ref,
+bool WalkRecorder::handleSlot(unsigned bucket, Quask::SlotRef const& ref,
                               unsigned char* /*valueBytes*/, unsigned /*length*/,
                               bool /*lookaside*/, unsigned /*sequence*/)
 {
+    slotStart_ = elements_.empty() ? loadOfHead(bucket) : slotStart_;
     elements_.push_back({ref.index, buffer_, slotStart_, memory_.loads() - 1});
     slotStart_ = memory_.loads();
     return true;
@@ -27,17 +29,50 @@ bool WalkRecorder::handleSlot(unsigned /*bucket*/, Quask::SlotRef const& ref,
 
 bool WalkRecorder::done(unsigned bucket, Quask::SlotRef const& /*ref*/)
 {
-    chains_.push_back({bucket, chainStart_, memory_.loads() - 1, std::move(elements_)});
+    chains_.push_back({bucket, loadOfHead(bucket), memory_.loads() - 1, std::move(elements_)});
     elements_.clear();
-    chainStart_ = slotStart_ = memory_.loads();
     return true;
 }
 
 bool WalkRecorder::restart(unsigned /*bucket*/)
 {
     elements_.clear();
-    chainStart_ = slotStart_ = memory_.loads();
     return true;
+}
+
+std::size_t WalkRecorder::loadOfHead(unsigned bucket) const
+{
+    return memory_.lastLoadOf({TableFile::buckets, BucketsOffset::link(bucket), 8},
+                              memory_.loads());
+}
+
+bool BatchRecorder::handleBatch(Quask::ChainBatch const& batch)
+{
+    ++batches_;
+    for (unsigned i = 0; i < batch.bucketCount(); ++i) {
+        unsigned const bucket = batch.firstBucket() + i;
+        chains_.push_back({bucket, loadOfHead(bucket), loadOfHead(bucket), {}});
+    }
+    batch.forEach([&](Quask::BatchElement const& element) {
+        WalkedChain& chain = chains_.at(element.bucket);
+        Place link{TableFile::buckets, BucketsOffset::link(element.bucket), 8};
+        if (!chain.elements.empty()) {
+            link = {TableFile::slots,
+                    SlotsOffset::slot(slotSizeFor(size), chain.elements.back().slot), 8};
+        }
+        chain.elements.push_back(readBy(element, link));
+        chain.lastLoad = chain.elements.back().lastLoad;
+    });
+    return true;
+}
+
+WalkedElement BatchRecorder::readBy(Quask::BatchElement const& element, Place const& link) const
+{
+    std::uint64_t const slot = SlotsOffset::slot(slotSizeFor(size), element.ref.index);
+    Place const sequence{TableFile::slots, slot + RecordOffset::sequence, 4};
+    std::size_t const last = memory_.lastLoadOf({link.file, link.offset, 4}, memory_.loads());
+    std::size_t const first = memory_.lastLoadOf(sequence, memory_.lastLoadOf(sequence, last));
+    return {element.ref.index, {reinterpret_cast<char const*>(element.value), size}, first, last};
 }
 
 namespace {

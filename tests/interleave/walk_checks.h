@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "interleave/scheduled_memory.h"
+#include "table/chain_batch.h"
 #include "table/scan_handler.h"
 
 namespace QuaskTesting {
@@ -16,8 +17,8 @@ struct WalkedElement
 {
     std::uint32_t slot;
     std::string value;
-    std::size_t firstLoad;  // of the reading of this slot; the load of the chain's head included
-    std::size_t lastLoad;   // the one after which the walk handed it out
+    std::size_t firstLoad;  // of the reading of this slot; may include the load of the chain's head
+    std::size_t lastLoad;   // the second look at the link that led to it
 };
 
 struct WalkedChain
@@ -29,7 +30,7 @@ struct WalkedChain
 };
 
 // Keeps what a walk over scheduled memory hands out.
-class WalkRecorder final : public Quask::ScanHandler
+class WalkRecorder : public Quask::ScanHandler
 {
 public:
     WalkRecorder(ScheduledMemory const& memory, unsigned valueSize);
@@ -41,13 +42,34 @@ public:
 
     std::vector<WalkedChain> const& chains() const { return chains_; }
 
-private:
+protected:
+    // The number of the last load of the link that begins the chain.
+    std::size_t loadOfHead(unsigned bucket) const;
+
     ScheduledMemory const& memory_;
-    std::string buffer_;
     std::vector<WalkedChain> chains_;
+
+private:
+    std::string buffer_;
     std::vector<WalkedElement> elements_;  // of the chain that is being walked
-    std::size_t chainStart_ = 0;           // the number of its first load
     std::size_t slotStart_ = 0;            // the number of the first load of the slot being read
+};
+
+// The same of a walk in batches.
+class BatchRecorder final : public WalkRecorder
+{
+public:
+    using WalkRecorder::WalkRecorder;
+
+    bool handleBatch(Quask::ChainBatch const& batch);
+
+    unsigned batches() const { return batches_; }
+
+private:
+    // With the loads by which it was read. `link` is the place of the link that led to it.
+    WalkedElement readBy(Quask::BatchElement const& element, Place const& link) const;
+
+    unsigned batches_ = 0;
 };
 
 // Whether a walk that has ended found what it promises, in all schedules that its execution stands

@@ -14,17 +14,28 @@ class WalkBeside : public testing::TestWithParam<Operation>
 {
 protected:
     // Walks beside the operation alone and followed by any other.
-    template <typename Memory>
+    template <typename Memory, typename Walk = ByChainWalk<>>
     Exploration walkBesideSinglesAndPairs()
     {
         Exploration all;
         forSinglesAndPairs(GetParam(), [&](Scenario& scenario, std::string const& name) {
-            Exploration const result = scenario.walk<Memory>();
+            Exploration const result = scenario.walk<Memory, Walk>();
             EXPECT_EQ(result.violation, "") << name;
             all += result;
         });
         report(all);
         return all;
+    }
+
+    // The same in batches: some are good, and some are not.
+    template <typename Memory>
+    void walkInBatchesBesideSinglesAndPairs()
+    {
+        Exploration const all = walkBesideSinglesAndPairs<Memory, InBatches<>>();
+        EXPECT_GT(all.batches, 0u);
+        EXPECT_LT(all.batches, all.executions);
+        EXPECT_GT(all.lookasideHits, 0u);
+        EXPECT_GT(all.remaps, 0u);
     }
 };
 
@@ -42,6 +53,16 @@ TEST_P(WalkBeside, FindsWhatWasThereHoweverWeaklyOrdered)
     EXPECT_GT(all.restarts, 0u);
     EXPECT_GT(all.lookasideHits, 0u);
     EXPECT_GT(all.remaps, 0u);
+}
+
+TEST_P(WalkBeside, FindsTheSameInBatchesInEveryInterleaving)
+{
+    walkInBatchesBesideSinglesAndPairs<InterleavedMemory>();
+}
+
+TEST_P(WalkBeside, FindsTheSameInBatchesHoweverWeaklyOrdered)
+{
+    walkInBatchesBesideSinglesAndPairs<WeaklyOrderedMemory>();
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, WalkBeside, testing::ValuesIn(allOperations()), testName);
@@ -62,13 +83,16 @@ TYPED_TEST(Walk, FindsValuesOfAnySizeWhole)
         for (Operation const& first : allOperations()) {
             Scenario single(shape, {first});
             all += single.walk<TypeParam>();
+            all += single.walk<TypeParam, InBatches<>>();
         }
         Operation const update = {"", [](SmallTable& table) { return table.update(2); }};
         Scenario sameSlot(shape, {update, update});
         all += sameSlot.walk<TypeParam>();
+        all += sameSlot.walk<TypeParam, InBatches<>>();
     }
     EXPECT_EQ(all.violation, "");
     EXPECT_GT(all.lookasideHits, 0u);
+    EXPECT_GT(all.batches, 0u);
     report(all);
 }
 
@@ -85,13 +109,15 @@ TYPED_TEST(Walk, GoesOnInAMappingThatMoved)
         for (auto const& operations : {std::vector{grow, other}, std::vector{other, grow}}) {
             Scenario scenario(shape, operations);
             if (scenario.isPossible()) {
-                Exploration const result = scenario.walk<TypeParam>();
+                Exploration result = scenario.walk<TypeParam>();
+                result += scenario.walk<TypeParam, InBatches<>>();
                 EXPECT_EQ(result.violation, "") << other.name;
                 all += result;
             }
         }
     }
     EXPECT_GT(all.movedRemaps, 0u);
+    EXPECT_GT(all.batches, 0u);
     report(all);
 }
 
@@ -104,7 +130,8 @@ TYPED_TEST(Walk, MayBeginWithTheSetUpWhileTheTableChanges)
                                            SmallTable::Shape{16, 0, 116}}) {
         for (Operation const& operation : allOperations()) {
             Scenario scenario(shape, {operation});
-            Exploration const result = scenario.setUpAndWalk<TypeParam>();
+            Exploration result = scenario.setUpAndWalk<TypeParam>();
+            result += scenario.setUpAndWalk<TypeParam, InBatches<>>();
             EXPECT_EQ(result.violation, "") << operation.name;
             all += result;
         }

@@ -19,6 +19,7 @@ struct Place
     TableFile file;
     std::uint64_t offset;
     std::size_t size;  // bytes, at most 8
+    bool operator==(Place const&) const = default;
 };
 
 // A table at every moment of a writer's run, before the first store and behind each: the bytes of
