@@ -22,7 +22,7 @@ using QuaskTesting::HotTable;
 using QuaskTesting::HotWriter;
 
 // Counts what is not as it should be in the chains that were walked to their ends.
-class Checker final : public Quask::ScanHandler
+class Checker : public Quask::ScanHandler
 {
 public:
     Checker(unsigned valueSize, std::uint32_t buckets) : value_(valueSize), buckets_(buckets)
@@ -34,9 +34,7 @@ public:
     bool handleSlot(unsigned bucket, Quask::SlotRef const& /*ref*/, unsigned char* valueBytes,
                     unsigned length, bool lookaside, unsigned /*sequence*/) override
     {
-        auto const proven = QuaskTesting::provenBy(valueBytes, length);
-        violationsOfChain_ += !proven || bucketOfKey(proven->key, buckets_) != bucket ? 1 : 0;
-        stableOfChain_ += proven && QuaskTesting::isStableKey(proven->key) ? 1 : 0;
+        checkValue(bucket, valueBytes, length);
         lookasideValues += lookaside ? 1 : 0;
         return true;
     }
@@ -45,6 +43,7 @@ public:
     {
         violations += violationsOfChain_;
         stable += stableOfChain_;
+        ++chains;
         return restart(bucket);
     }
 
@@ -58,12 +57,40 @@ public:
     unsigned violations = 0;
     unsigned stable = 0;  // stable elements in finished chains
     unsigned lookasideValues = 0;
+    unsigned chains = 0;  // walked one by one
+    unsigned batches = 0;
+
+protected:
+    void checkValue(unsigned bucket, unsigned char const* value, unsigned length)
+    {
+        auto const proven = QuaskTesting::provenBy(value, length);
+        violationsOfChain_ += !proven || bucketOfKey(proven->key, buckets_) != bucket ? 1 : 0;
+        stableOfChain_ += proven && QuaskTesting::isStableKey(proven->key) ? 1 : 0;
+    }
 
 private:
     std::vector<unsigned char> value_;
     std::uint32_t buckets_;
     unsigned violationsOfChain_ = 0;
     unsigned stableOfChain_ = 0;
+};
+
+// The same of a walk in batches.
+class BatchChecker final : public Checker
+{
+public:
+    using Checker::Checker;
+
+    bool handleBatch(Quask::ChainBatch const& batch)
+    {
+        ++batches;
+        batch.forEach([this](Quask::BatchElement const& element) {
+            checkValue(element.bucket, element.value, size);
+        });
+        done(batch.firstBucket(), {});
+        --chains;
+        return true;
+    }
 };
 
 // What all walks of a test have met.
@@ -73,10 +100,15 @@ struct Met
     std::uint64_t lookasideValues = 0;
     std::uint64_t restarts = 0;
     std::uint64_t remaps = 0;
+    std::uint64_t chains = 0;
+    std::uint64_t batches = 0;
 
-    bool everything(bool growing) const
+    // Of a walk one by one, and of one in batches, some of which are good.
+    bool everything(HotTable const& table, bool inBatches) const
     {
-        return walks >= 20 && lookasideValues > 0 && restarts > 0 && (remaps > 0 || !growing);
+        bool const difference =
+            inBatches ? batches > 0 && chains > 0 : lookasideValues > 0 && restarts > 0;
+        return walks >= 20 && difference && (remaps > 0 || table.maxSlots == 0);
     }
 };
 
@@ -84,15 +116,17 @@ class WriterThread : public testing::Test
 {
 protected:
     // Walks until the walks have met everything, while a thread changes the table.
+    template <typename AnyChecker = Checker>
     void expectSoundWalks(HotTable const& table)
     {
         Met met;
-        while (!met.everything(table.maxSlots != 0) && !HasFailure()) {
-            expectSoundWalksOfOneTable(table, met);
+        while (!met.everything(table, Quask::BatchHandler<AnyChecker>) && !HasFailure()) {
+            expectSoundWalksOfOneTable<AnyChecker>(table, met);
         }
     }
 
     // The same until the table has grown to its end, for one that grows.
+    template <typename AnyChecker>
     void expectSoundWalksOfOneTable(HotTable const& table, Met& met)
     {
         bool const growing = table.maxSlots != 0;
@@ -108,27 +142,30 @@ protected:
                 }
             }
         });
-        while (!met.everything(growing) && !isFull.load(std::memory_order_relaxed) &&
-               !HasFailure()) {
-            walk(table, met);
+        while (!met.everything(table, Quask::BatchHandler<AnyChecker>) &&
+               !isFull.load(std::memory_order_relaxed) && !HasFailure()) {
+            walk<AnyChecker>(table, met);
         }
         stop = true;
         thread.join();
     }
 
+    template <typename AnyChecker>
     static void walk(HotTable const& table, Met& met)
     {
         Quask::QuaskReaderGeneric reader("hot");
         std::string error;
         ASSERT_TRUE(reader.attach());
         ASSERT_TRUE(reader.validate(error)) << error;
-        Checker checker(table.valueSize, table.buckets);
+        AnyChecker checker(table.valueSize, table.buckets);
         reader.scan(checker, 0, 0xffffffff, Quask::Direction::upward, true);
         ASSERT_EQ(checker.violations, 0u);
         ASSERT_EQ(checker.stable, table.stable);
         ++met.walks;
         met.lookasideValues += checker.lookasideValues;
         met.restarts += reader.chainRestarts();
+        met.chains += checker.chains;
+        met.batches += checker.batches;
         met.remaps += reader.readerStatistics().remaps;
     }
 
@@ -158,6 +195,22 @@ TEST_F(WriterThread, GrowsTheTableUnderTheWalk)
                       .hot = 50,
                       .slots = 64,
                       .maxSlots = 100000});
+}
+
+// Most buckets have no element that changes, or no batch would be good.
+TEST_F(WriterThread, ChangesSmallValuesUnderBatches)
+{
+    expectSoundWalks<BatchChecker>({.valueSize = 8, .buckets = 1024, .stable = 800, .hot = 8});
+}
+
+TEST_F(WriterThread, GrowsTheTableUnderBatches)
+{
+    expectSoundWalks<BatchChecker>({.valueSize = 29,
+                                    .buckets = 1024,
+                                    .stable = 800,
+                                    .hot = 8,
+                                    .slots = 64,
+                                    .maxSlots = 100000});
 }
 
 }  // namespace
