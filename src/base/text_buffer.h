@@ -44,6 +44,13 @@ public:
     // The text now ends at `end`, an address inside what the last reserve() gave.
     void advanceTo(char* end) { end_ = end; }
 
+    // Both at once: the text now ends at `end`, and there is room for `count` more characters.
+    char* reserveFrom(char* end, std::size_t count)
+    {
+        advanceTo(end);
+        return reserve(count);
+    }
+
     void append(char c)
     {
         char* const end = reserve(1);

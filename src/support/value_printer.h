@@ -19,6 +19,13 @@ public:
     // Appends the same text to `out`.
     virtual void append(Dovan::TextBuffer& out, void const* value) const = 0;
 
+    // Writes the same text to `out`, which has `room` characters, at least textRoom() of the
+    // value's size; the address after the text. All of the room may be overwritten.
+    virtual char* writeText(char* out, std::size_t room, void const* value) const;
+
+    // More than the text of any value of this size in bytes takes.
+    static constexpr std::size_t textRoom(std::size_t valueSize) { return 8 * valueSize + 32; }
+
     // Appends a part of the same text to `out`: that of some ten thousand bytes of the value, from
     // the offset `from` on. The first part is that from 0; the offset that is returned is where the
     // next one begins, `noMore` after the last.

@@ -69,4 +69,17 @@ TEST(TextBuffer, MovesToItsOwnMemoryWhenThatDoesNotSuffice)
     }
 }
 
+TEST(TextBuffer, WhatWasWrittenStaysWhenMoreRoomIsReserved)
+{
+    Dovan::TextBuffer buffer;
+    char* out = buffer.reserve(1);
+    for (int i = 0; i < 1000; ++i) {
+        *out++ = static_cast<char>('a' + i % 26);
+        out = buffer.reserveFrom(out, 1);
+    }
+    ASSERT_EQ(buffer.size(), 1000u);
+    EXPECT_EQ(buffer.view().substr(0, 26), "abcdefghijklmnopqrstuvwxyz");
+    EXPECT_EQ(buffer.view().back(), static_cast<char>('a' + 999 % 26));
+}
+
 }  // namespace

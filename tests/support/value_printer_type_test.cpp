@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <limits>
 #include <string>
+#include <string_view>
 
 #include "base/hex.h"
 #include "support/value_printer.h"
@@ -53,6 +54,30 @@ void expectDecimal(std::initializer_list<char const*> typeNames)
         expectHex(name, static_cast<int>(sizeof(T)) + 1);
         expectHex(name, static_cast<int>(sizeof(T)) * 2);
         expectHex(name, static_cast<int>(sizeof(T)) - 1);
+    }
+}
+
+// Values whose texts are as long as they can be, and any others.
+TEST(ValuePrinterType, TheTextOfEveryTypeHasRoom)
+{
+    for (std::string const name :
+         {"bool", "char", "float", "double", "int8_t", "int16_t", "int32_t", "int64_t", "uint8_t",
+          "uint16_t", "uint32_t", "uint64_t", "Test::Blob"}) {
+        for (unsigned const count : {1u, 2u, 7u, 32u}) {
+            for (unsigned const elementSize : {1u, 2u, 4u, 8u}) {
+                unsigned const size = count * elementSize;
+                std::string const suffix = count == 1 ? "" : "[" + std::to_string(count) + "]";
+                auto const& printer = *getValuePrinter(name + suffix, static_cast<int>(size));
+                for (char const fill : {'\0', '\1', '\x80', '\xff', 'a'}) {
+                    std::string const value(size, fill);
+                    std::string text(ValuePrinter::textRoom(size), '.');
+                    char const* const end =
+                        printer.writeText(text.data(), text.size(), value.data());
+                    EXPECT_EQ(std::string_view(text.data(), end), printer.print(value.data()))
+                        << name << suffix;
+                }
+            }
+        }
     }
 }
 
