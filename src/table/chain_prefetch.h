@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "mem/atomics.h"
+#include "support/watched_mapping.h"
 #include "table/bucket_reader_table.h"
 #include "table/slot_reader_generic_table.h"
 
@@ -53,6 +54,8 @@ public:
         if ((index & (batchSize_ - 1)) != 0) {
             return;
         }
+        // A page that cannot be read is not to end the run before its turn has come.
+        Mem::ZerosForNow const zerosForNow;
         for (std::size_t stage = stages_.size() - 1; stage > 0; --stage) {
             requestNext(stages_[stage - 1], stages_[stage]);
         }
