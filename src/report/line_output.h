@@ -23,15 +23,15 @@ public:
         }
     }
 
-    // Takes a finished line, newline included, which was built in the buffer. The buffer may then
+    // Takes finished lines, newlines included, which were built in the buffer. The buffer may then
     // hold anything.
-    void write(std::string_view line)
+    void write(std::string_view lines)
     {
         if (standardOutput_ != nullptr) [[likely]] {
-            standardOutput_->append(line);
+            standardOutput_->append(lines);
             useRoomOfOutput();
         } else {
-            out_.write(line.data(), static_cast<std::streamsize>(line.size()));
+            out_.write(lines.data(), static_cast<std::streamsize>(lines.size()));
         }
     }
 

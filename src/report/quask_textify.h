@@ -9,6 +9,7 @@
 #include "base/text_buffer.h"
 #include "report/chain_text.h"
 #include "support/value_printer.h"
+#include "table/chain_batch.h"
 #include "table/scan_handler.h"
 #include "table/slot_ref.h"
 
@@ -54,6 +55,11 @@ public:
 
 protected:
     ~QuaskTextify();
+
+    // Adds the lines of a batch to `chain`, which is empty: the same text that the calls give for
+    // which the batch stands. Precondition: not verbose, as a batch does not have the links of
+    // empty buckets.
+    void addLines(ChainBatch const& batch);
 
     Style style;
     bool verbose = false;  // shows each link's version and each slot's state word, in decimal

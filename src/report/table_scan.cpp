@@ -40,6 +40,14 @@ public:
         return true;
     }
 
+    bool handleBatch(ChainBatch const& batch)
+    {
+        addLines(batch);
+        lines_.write(chain.view());
+        chain.clear();
+        return true;
+    }
+
 private:
     LineOutput lines_;
 };
