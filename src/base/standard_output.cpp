@@ -5,6 +5,8 @@
 #include <exception>
 #include <iostream>
 
+#include <fcntl.h>
+
 #include "base/termination.h"
 #include "base/write_all.h"
 
@@ -33,6 +35,16 @@ struct sigaction ignore(int signal)
     return former;
 }
 
+// Lets a pipe hold `size` bytes at least, so that its reader is at work while the next text is
+// being made. Where that is refused, or the descriptor is not a pipe, all stays as it is.
+void enlargePipe(int descriptor, int size)
+{
+    int const former = fcntl(descriptor, F_GETPIPE_SZ);
+    if (former != -1 && former < size) {
+        fcntl(descriptor, F_SETPIPE_SZ, size);
+    }
+}
+
 }  // namespace
 
 StandardOutput::StandardOutput(int descriptor)
@@ -42,6 +54,7 @@ StandardOutput::StandardOutput(int descriptor)
       formerOnPipe_(ignore(SIGPIPE)),
       formerOnFileSize_(ignore(SIGXFSZ))
 {
+    enlargePipe(descriptor, capacity);
     setp(buffer_.get(), buffer_.get() + capacity);
     living = this;
 }

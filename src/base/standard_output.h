@@ -15,6 +15,9 @@ namespace Dovan {
 // each piece is written at once. So the descriptor shows a part of a line only during a write,
 // within such a long line, and after a flush in the middle of a line.
 //
+// A pipe is made to hold as much as is written at once, if the system allows it; afterwards it
+// keeps that size.
+//
 // Whoever ends the process without unwinding calls writeRemainder() first, so that the lines that
 // were finished before are on the output.
 //

@@ -83,10 +83,10 @@ TEST(StandardOutputEnd, AnExceptionThatNothingCatchesLeavesTheFinishedLines)
     EXPECT_EQ(process.end(), -SIGABRT);
 }
 
-// More lines than a pipe holds.
+// More lines than a pipe holds, also when it has been made larger.
 std::string const manyLines = [] {
     std::string lines;
-    for (int i = 0; i < 10000; ++i) {
+    for (int i = 0; i < 40000; ++i) {
         lines += "line " + std::to_string(i) + "\n";
     }
     return lines;
@@ -152,6 +152,7 @@ TEST(StandardOutputEnd, ASignalWithinALineThatIsLongerThanTheBufferWaitsForItsEn
 TEST(StandardOutputEnd, ASignalDoesNotWaitForEverForAReaderThatTakesNothing)
 {
     Pipe pipe;
+    pipe.makeLarge();
     std::string const before = pipe.fill();
     Forked process = printing(pipe, [] {
         std::cout << "finished line\n";

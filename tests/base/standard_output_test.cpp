@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <iostream>
+#include <list>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -15,12 +16,14 @@
 
 #include "support/forked.h"
 #include "support/pipe.h"
+#include "support/without_capabilities.h"
 
 namespace {
 
 using Dovan::StandardOutput;
 using QuaskTesting::endOf;
 using QuaskTesting::Pipe;
+using QuaskTesting::WithoutCapabilities;
 
 constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
@@ -110,6 +113,42 @@ TEST(StandardOutput, LentRoomNotUsedLeavesNoTrace)
     buildIn(output, "thrown away");
     std::cout << "kept" << std::flush;
     EXPECT_EQ(pipe.read(), "kept");
+}
+
+TEST(StandardOutput, APipeIsMadeToHoldWhatIsWrittenAtOnce)
+{
+    Pipe const pipe;
+    pipe.makeSmall();
+    StandardOutput const output(pipe.writeEnd());
+    EXPECT_EQ(fcntl(pipe.readEnd(), F_GETPIPE_SZ), static_cast<int>(bufferSize));
+}
+
+TEST(StandardOutput, ALargerPipeStaysAsItIs)
+{
+    Pipe const pipe;
+    ASSERT_EQ(fcntl(pipe.writeEnd(), F_SETPIPE_SZ, 1 << 20), 1 << 20);
+    StandardOutput const output(pipe.writeEnd());
+    EXPECT_EQ(fcntl(pipe.readEnd(), F_GETPIPE_SZ), 1 << 20);
+}
+
+// Whoever has too many large pipes already gets no more of them.
+TEST(StandardOutput, APipeThatMayNotBeMadeLargerServesAsItIs)
+{
+    WithoutCapabilities const ordinary{CAP_SYS_RESOURCE, CAP_SYS_ADMIN};
+    std::list<Pipe> others;
+    for (int const size : {1 << 20, static_cast<int>(bufferSize)}) {
+        do {
+            others.emplace_back();
+        } while (others.size() < 200 && fcntl(others.back().writeEnd(), F_SETPIPE_SZ, size) != -1);
+    }
+    if (others.size() >= 200) {
+        GTEST_SKIP() << "this system lets anyone have any number of large pipes";
+    }
+    Pipe const& pipe = others.back();
+    StandardOutput output(pipe.writeEnd());
+    EXPECT_LT(fcntl(pipe.readEnd(), F_GETPIPE_SZ), static_cast<int>(bufferSize));
+    std::cout << "bucket[1]" << std::flush;
+    EXPECT_EQ(pipe.read(), "bucket[1]");
 }
 
 TEST(StandardOutput, KnowsTheStreamsThatItIsTheBufferOf)

@@ -11,9 +11,9 @@
 
 namespace QuaskTesting {
 
-// A scan that stands still in the middle: its output goes to a small pipe that nobody reads, and it
-// has written as much as that takes. Its text must be longer than the tool's output buffer (256
-// KiB) and the pipe together.
+// A scan that stands still in the middle: its output goes to a pipe that nobody reads, and it has
+// written as much as that takes. Its text must be longer than the tool's output buffer and the pipe
+// together, which the tool makes as large: 256 KiB each.
 class BlockedScan
 {
 public:

@@ -295,6 +295,7 @@ TEST_F(Interrupted, BySigtermAScanWhoseReaderTakesNothingEnds)
 TEST_F(Interrupted, BySigtermInTheWalkAScanWhoseReaderTakesNothingEnds)
 {
     Pipe pipe;
+    pipe.makeLarge();
     std::string const before = pipe.fill();
     Command command = this->command({"long"});
     command.outDescriptor = pipe.writeEnd();

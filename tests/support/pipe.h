@@ -38,6 +38,9 @@ public:
     // Makes the pipe hold one page, the least there is.
     void makeSmall() const { fcntl(writeEnd(), F_SETPIPE_SZ, 4096); }
 
+    // Makes the pipe hold as much as the tool would have it hold, which then leaves it as it is.
+    void makeLarge() const { fcntl(writeEnd(), F_SETPIPE_SZ, 256 * 1024); }
+
     // Reading an empty pipe, or writing to a full one, fails from now on instead of waiting.
     void unblockReadEnd() const { fcntl(readEnd(), F_SETFL, O_NONBLOCK); }
     void unblockWriteEnd() const { fcntl(writeEnd(), F_SETFL, O_NONBLOCK); }
