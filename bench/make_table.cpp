@@ -1,8 +1,9 @@
-// make_table DIRECTORY SLOTS VALUE_SIZE ordered|random [BUCKETS ELEMENTS]
+// make_table DIRECTORY SLOTS VALUE_SIZE ordered|random|single [BUCKETS ELEMENTS]
 //
 // Makes a static table for the benchmarks: by default as many buckets as slots, four fifths of the
 // slots filled, each element in a bucket drawn at random. Ordered: the slots lie in the file in the
-// order in which a walk meets them; random: anywhere. Values are pseudo-random words, of the type
+// order in which a walk meets them; random: anywhere; single: ordered, and element i in bucket i,
+// of which there are enough. Values are pseudo-random words, of the type
 // int64_t when they have 8 bytes.
 
 #include <algorithm>
@@ -75,7 +76,7 @@ struct Shape
 {
     std::uint32_t slots;
     std::uint32_t valueSize;
-    bool ordered;
+    std::string order;
     std::uint32_t buckets;
     std::uint32_t elements;
 
@@ -100,12 +101,12 @@ Chains layOut(Shape const& shape)
     Chains chains{std::vector<std::uint32_t>(shape.buckets + 1), {}};
     std::uniform_int_distribution<std::uint32_t> bucketOf(0, shape.buckets - 1);
     for (std::uint32_t i = 0; i < shape.elements; ++i) {
-        ++chains.starts[bucketOf(random) + 1];
+        ++chains.starts[(shape.order == "single" ? i : bucketOf(random)) + 1];
     }
     std::partial_sum(chains.starts.begin(), chains.starts.end(), chains.starts.begin());
     chains.slots.resize(shape.slots);
     std::iota(chains.slots.begin(), chains.slots.end(), 0u);
-    if (!shape.ordered) {
+    if (shape.order == "random") {
         std::shuffle(chains.slots.begin(), chains.slots.end(), random);
     }
     chains.slots.resize(shape.elements);
@@ -182,12 +183,12 @@ std::uint32_t number(char const* text)
 int main(int argc, char** argv)
 {
     if (argc != 5 && argc != 7) {
-        std::cerr << "usage: make_table DIRECTORY SLOTS VALUE_SIZE ordered|random "
+        std::cerr << "usage: make_table DIRECTORY SLOTS VALUE_SIZE ordered|random|single "
                      "[BUCKETS ELEMENTS]\n";
         return 2;
     }
     std::string const directory = argv[1];
-    Shape shape{number(argv[2]), number(argv[3]), std::string(argv[4]) == "ordered", 0, 0};
+    Shape shape{number(argv[2]), number(argv[3]), argv[4], 0, 0};
     shape.buckets = argc == 7 ? number(argv[5]) : shape.slots;
     shape.elements = argc == 7 ? number(argv[6]) : shape.slots / 5 * 4;
     std::filesystem::create_directories(directory);
