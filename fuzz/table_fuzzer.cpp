@@ -1,19 +1,24 @@
 // Scans a table and reports its headers, whatever its files hold and whatever its writer does
 // meanwhile; see edited_table.h for what an input means. Described ends are a result and an
 // exception of the tool's own. Where nobody changes the table, the style of the values must not
-// matter for how the scan ends.
+// matter for how the scan ends, nor whether chains are read in batches for what it prints.
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <streambuf>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "base/exception.h"
 #include "edited_table.h"
 #include "laid_out_table.h"
 #include "report/quask_header_scanner.h"
+#include "report/quask_textify.h"
+#include "report/scan_preparation.h"
 
 namespace {
 
@@ -21,20 +26,21 @@ using Quask::QuaskTextify;
 using QuaskFuzzing::EditedTable;
 using QuaskFuzzing::LaidOutTable;
 
-// Takes any text, up to a length that shows that the report goes on as it should.
+// Keeps any text, up to a length that shows that the report goes on as it should.
 class Sink : public std::streambuf
 {
 public:
     struct Full
     {};
 
-    void clear() { taken_ = 0; }
+    void clear() { text_.clear(); }
+    std::string const& text() const { return text_; }
 
 protected:
-    std::streamsize xsputn(char const* /*text*/, std::streamsize count) override
+    std::streamsize xsputn(char const* text, std::streamsize count) override
     {
-        taken_ += count;
-        if (taken_ > maximum) {
+        text_.append(text, static_cast<std::size_t>(count));
+        if (text_.size() > maximum) {
             throw Full();
         }
         return count;
@@ -48,10 +54,33 @@ protected:
     }
 
 private:
-    static constexpr std::streamsize maximum = 1 << 20;
+    static constexpr std::size_t maximum = 1 << 20;
 
-    std::streamsize taken_ = 0;
+    std::string text_;
 };
+
+// Prints the lines of a walk one by one.
+class OneByOne final : public QuaskTextify
+{
+public:
+    OneByOne(std::unique_ptr<unsigned char[]> valueBuffer, unsigned valueSize, std::ostream& output)
+        : QuaskTextify(std::move(valueBuffer), valueSize, Plain, nullptr, "", true), output_(output)
+    {}
+
+    bool handleLineString(unsigned /*bucket*/, std::string_view line) override
+    {
+        output_ << line;
+        return true;
+    }
+
+private:
+    std::ostream& output_;
+};
+
+std::unique_ptr<unsigned char[]> allocate(std::size_t size)
+{
+    return std::make_unique<unsigned char[]>(size);
+}
 
 class Scanner : public Quask::QuaskHeaderScanner
 {
@@ -60,29 +89,49 @@ public:
     {
         out = &stream;
     }
+
+    // doScan() in the plain style and with empty buckets, without batches.
+    int scanOneByOne()
+    {
+        Quask::QuaskReaderGeneric reader(LaidOutTable::name);
+        if (!Quask::prepareScan(reader, LaidOutTable::name, std::cout)) {
+            return 1;
+        }
+        unsigned const valueSize = reader.valueFormat().size;
+        OneByOne lines(Quask::makeValueBuffer(*handler, valueSize, reader.slotFileSize(), allocate),
+                       valueSize, *out);
+        Quask::walkAll(reader, lines, *out);
+        *out << "Lookaside hits: " << reader.lookasideHits()
+             << "\nChain restarts: " << reader.chainRestarts() << "\n";
+        return 0;
+    }
 };
 
 std::string const endOfLongReport = "long report";
 
-// Runs the job on a fresh table. How it ended: its result, or the exception that it threw.
+// Runs the job on a fresh table. How it ended: its result, or the exception that it threw. `text`
+// becomes what it printed.
 template <typename Job>
-std::string endOf(LaidOutTable& files, EditedTable const& table, Job const& job)
+std::string endOf(LaidOutTable& files, EditedTable const& table, std::string& text, Job const& job)
 {
-    static auto& sink = *new Sink;
-    // The tool's messages.
-    std::cout.rdbuf(&sink);
-    std::cerr.rdbuf(&sink);
-    sink.clear();
-    std::ostream out(&sink);
+    static auto& messages = *new Sink;
+    std::cout.rdbuf(&messages);
+    std::cerr.rdbuf(&messages);
+    messages.clear();
+    Sink report;
+    std::ostream out(&report);
     files.begin(table);
     Scanner scanner(out);
+    std::string end;
     try {
-        return std::to_string(job(scanner));
+        end = std::to_string(job(scanner));
     } catch (Dovan::Exception const& exception) {
-        return exception.msg();
+        end = exception.msg();
     } catch (Sink::Full const&) {
-        return endOfLongReport;
+        end = endOfLongReport;
     }
+    text = report.text();
+    return end;
 }
 
 // The tool ends the process quietly at a bus error in a mapped file, which can only be had by
@@ -95,7 +144,8 @@ void leaveBusErrorsToTheFuzzer()
     LaidOutTable files;
     QuaskFuzzing::Input const firstSoundTable(reinterpret_cast<std::uint8_t const*>("\1"), 1);
     EditedTable const table(firstSoundTable);
-    endOf(files, table, [](Scanner& scanner) { return scanner.doGetHeaders(); });
+    std::string text;
+    endOf(files, table, text, [](Scanner& scanner) { return scanner.doGetHeaders(); });
     sigaction(SIGBUS, &former, nullptr);
 }
 
@@ -106,14 +156,24 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     [[maybe_unused]] static bool const prepared = (leaveBusErrorsToTheFuzzer(), true);
     static LaidOutTable files;
     EditedTable const table({data, size});
-    std::string const plain = endOf(
-        files, table, [](Scanner& scanner) { return scanner.doScan(QuaskTextify::Plain, true); });
-    std::string const pretty = endOf(
-        files, table, [](Scanner& scanner) { return scanner.doScan(QuaskTextify::Pretty, false); });
-    endOf(files, table, [](Scanner& scanner) { return scanner.doGetHeaders(); });
-    bool const isComparable =
-        table.liveEdits.empty() && plain != endOfLongReport && pretty != endOfLongReport;
-    if (isComparable && plain != pretty) {
+    std::string text;
+    std::string otherText;
+    std::string const pretty = endOf(files, table, text, [](Scanner& scanner) {
+        return scanner.doScan(QuaskTextify::Pretty, false);
+    });
+    endOf(files, table, text, [](Scanner& scanner) { return scanner.doGetHeaders(); });
+    std::string const plain = endOf(files, table, text, [](Scanner& scanner) {
+        return scanner.doScan(QuaskTextify::Plain, true);
+    });
+    std::string const oneByOne =
+        endOf(files, table, otherText, [](Scanner& scanner) { return scanner.scanOneByOne(); });
+    if (!table.liveEdits.empty() || plain == endOfLongReport) {
+        return 0;
+    }
+    if (pretty != endOfLongReport && plain != pretty) {
+        std::abort();
+    }
+    if (plain != oneByOne || text != otherText) {
         std::abort();
     }
     return 0;
