@@ -4,9 +4,12 @@
 
 #include <csignal>
 #include <iostream>
+#include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "base/standard_output.h"
@@ -49,6 +52,22 @@ TEST(StandardOutputEnd, TheRemainderIsWrittenFromASignalHandler)
     });
     EXPECT_EQ(pipe.readToEnd(), "finished line\n");
     EXPECT_EQ(process.end(), 7);
+}
+
+// Its memory may be gone.
+TEST(StandardOutputEnd, AnObjectThatHasEndedIsNotTouched)
+{
+    EXPECT_EQ(endOf([] {
+                  Pipe const pipe;
+                  std::size_t const size = 64 * 1024;
+                  void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE,
+                                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+                  std::destroy_at(new (memory) StandardOutput(pipe.writeEnd()));
+                  munmap(memory, size);
+                  StandardOutput::writeRemainder();
+                  return 7;
+              }),
+              7);
 }
 
 TEST(StandardOutputEnd, ASignalLeavesTheFinishedLines)

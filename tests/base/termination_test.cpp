@@ -97,6 +97,20 @@ TEST(Termination, ASecondSignalEndsTheProcessAtOnce)
               -SIGTERM);
 }
 
+// While the output is being completed, which may take long.
+TEST(Termination, TheSameSignalASecondTimeEndsTheProcessAtOnceToo)
+{
+    EXPECT_EQ(endOf([] {
+                  Termination::prepare([]() -> bool {
+                      raise(SIGINT);
+                      _exit(7);
+                  });
+                  raise(SIGINT);
+                  return 0;
+              }),
+              -SIGINT);
+}
+
 TEST(Termination, AnIgnoredSignalStaysIgnored)
 {
     EXPECT_EQ(endOf([] {
