@@ -7,6 +7,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/descriptor.h"
+
 namespace Quask::Util {
 
 std::uint32_t hash(char const* bytes, unsigned length)
@@ -60,12 +62,11 @@ std::string readToEnd(int descriptor, std::size_t most)
 std::string readCmdline(Dovan::Platform::DebugHandler& /*handler*/, int pid)
 {
     std::string const path = "/proc/" + std::to_string(pid) + "/cmdline";
-    int const descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
+    Dovan::Descriptor const file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen()) {
         return {};
     }
-    std::string text = readToEnd(descriptor, longestCmdline);
-    close(descriptor);
+    std::string text = readToEnd(file.number(), longestCmdline);
     if (!text.empty() && text.back() == '\0') {
         text.pop_back();
     }

@@ -8,6 +8,8 @@
 #include <list>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "base/standard_output.h"
@@ -39,6 +41,31 @@ TEST_F(WatchedMappingDeathTest, AFileCutShortEndsTheRunWithOneLineThatNamesIt)
     std::filesystem::resize_file(path, 100);
     EXPECT_EXIT(readByte(bytes + 16384), testing::ExitedWithCode(1),
                 "^Quask table file " + path + " was cut short while it was being read\n$");
+}
+
+TEST_F(WatchedMappingDeathTest, TheRestOfTheLastPageIsWatchedToo)
+{
+    std::string const path = root.writeFile("slots", std::string(20000, 'x'));
+    Shared segment(root.path().c_str(), "slots", false, 0, false);
+    auto const* const bytes = static_cast<char const*>(segment.attach(20000, Mode::read));
+    ASSERT_NE(bytes, nullptr);
+    std::filesystem::resize_file(path, 100);
+    EXPECT_EXIT(readByte(bytes + 20479), testing::ExitedWithCode(1), "was cut short");
+}
+
+TEST_F(WatchedMappingDeathTest, WhatIsDetachedIsNotWatchedAnyMore)
+{
+    std::string const path = root.writeFile("slots", std::string(4096, 'x'));
+    Shared segment(root.path().c_str(), "slots", false, 0, false);
+    void* const place = segment.attach(4096, Mode::read);
+    ASSERT_NE(place, nullptr);
+    segment.detach();
+    int const file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(mmap(place, 4096, PROT_READ, MAP_SHARED | MAP_FIXED_NOREPLACE, file, 0), place);
+    close(file);
+    std::filesystem::resize_file(path, 0);
+    EXPECT_EXIT(readByte(place), testing::KilledBySignal(SIGBUS), "");
+    munmap(place, 4096);
 }
 
 TEST_F(WatchedMappingDeathTest, WhatWasPrintedBeforeIsOnTheOutput)
