@@ -80,7 +80,7 @@ int QuaskScannerBase::doScan(QuaskTextify::Style style, bool printEmpty)
         return 1;
     }
     auto const& [typeName, valueSize] = reader.valueFormat();
-    unsigned const fileSize = reader.slotFileSize();
+    unsigned const fileSize = reader.mappedSlotBytes();
     if (valueSize > LargeValueLines::largestOther) {
         LargeValueLines lines(makeValueBuffer(*handler, valueSize, fileSize, Dovan::allocateZeroed),
                               valueSize, *printerFor(style, typeName, valueSize), printEmpty, *out,

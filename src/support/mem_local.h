@@ -49,6 +49,9 @@ public:
     // system refuses.
     int detach();
 
+    // Bytes that are mapped; 0 while nothing is.
+    unsigned mappedSize() const { return size; }
+
     // Bytes that may be read from the mapping's address on: those mapped and the rest of their
     // page.
     std::size_t readableSize() const { return roundUpToPages(size); }

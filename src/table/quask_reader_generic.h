@@ -73,8 +73,8 @@ public:
     // The type and the size of the values. Empty before validate().
     ValueFormat const& valueFormat() const { return valueFormat_; }
 
-    // The slot file's size in bytes now.
-    unsigned slotFileSize() const { return slots.fileSize(); }
+    // Bytes of the slot file that are mapped; 0 while nothing is.
+    unsigned mappedSlotBytes() const { return slots.mappedSize(); }
 
     std::uint32_t lookasideHits() const { return statistics.lookasideHits; }
     std::uint32_t chainRestarts() const { return chainRestarts_; }

@@ -133,8 +133,8 @@ public:
     // file stays as it is on disk and in memory: no hole of it gets a page.
     void copyLookasideValue(unsigned char* zeros, std::size_t size) const;
 
-    // The file's size in bytes now.
-    unsigned fileSize() const { return mem.memSize(); }
+    // Bytes of the file that are mapped; 0 while nothing is.
+    unsigned mappedSize() const { return mem.mappedSize(); }
 
     // The mapped header. Precondition: attached.
     Header const& liveHeader() const { return *header; }

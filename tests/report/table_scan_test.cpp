@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include "base/hex.h"
 #include "report/quask_scanner_base.h"
@@ -40,6 +42,23 @@ TEST_F(TableScanTest, PrintsALineForEachBucketWithElementsAndTheCounts)
               "bucket[1f] 5-->2a000000 4-->00000000 ffffffff --> none\n" +
                   noCounts);
     EXPECT_EQ(err, "");
+}
+
+TEST_F(TableScanTest, TheSizeOfAFileIsLookedAtToMapItAndToCheckIt)
+{
+    image.buckets(1).chain(0, {{0, bytesOf(1)}});
+    setenv("DOVAN_DEBUG", "Quask-feed/eq=5", 1);
+    EXPECT_EQ(scan(), 0);
+    std::istringstream lines(err);
+    std::string sizes;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("memSize()") != line.npos) {
+            sizes += line.substr(line.rfind('/')) + "\n";
+        }
+    }
+    std::string const buckets = "/buckets memSize: 32\n";
+    std::string const slots = "/slots memSize: 224\n";
+    EXPECT_EQ(sizes, buckets + slots + buckets + slots);
 }
 
 TEST_F(TableScanTest, OfAnEmptyTableTheCountsArePrinted)

@@ -73,7 +73,7 @@ TEST_F(QuaskReaderTest, TellsTheTypeAndTheSizeOfTheValues)
     ASSERT_TRUE(open());
     EXPECT_EQ(reader->valueFormat().typeName, "std::int32_t");
     EXPECT_EQ(reader->valueFormat().size, 4u);
-    EXPECT_EQ(reader->slotFileSize(), 248u);
+    EXPECT_EQ(reader->mappedSlotBytes(), 248u);
     EXPECT_EQ(reader->readableSlotBytes(), 4096u);
 }
 
