@@ -2,10 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <iostream>
+#include <sstream>
+#include <utility>
+
+#include <malloc.h>
+
 #include "base/exception.h"
 #include "report/cpu_support_switch.h"
 #include "report/quask_scanner_base.h"
 #include "report/report_fixture.h"
+#include "support/live_file.h"
 #include "support/unreadable_file.h"
 
 namespace {
@@ -177,6 +185,49 @@ TEST_F(TableScanFaultTest, AValueLargerThanTheSlotFileIsCorruption)
         "size: 272");
     EXPECT_EQ(out, "");
     EXPECT_EQ(err, "");
+}
+
+// Acts when the first line is printed.
+class ActingOutput final : public std::stringbuf
+{
+public:
+    explicit ActingOutput(std::function<void()> action)
+        : action_(std::move(action)), coutBefore_(std::cout.rdbuf(this))
+    {}
+    ActingOutput(ActingOutput const&) = delete;
+    ActingOutput& operator=(ActingOutput const&) = delete;
+    ~ActingOutput() override { std::cout.rdbuf(coutBefore_); }
+
+protected:
+    std::streamsize xsputn(char const* text, std::streamsize count) override
+    {
+        if (action_) {
+            std::exchange(action_, nullptr)();
+        }
+        return std::stringbuf::xsputn(text, count);
+    }
+
+private:
+    std::function<void()> action_;
+    std::streambuf* coutBefore_;
+};
+
+// No bytes of it are read then.
+TEST_F(TableScanFaultTest, AValueThatHasBecomeShorterShowsNoMemoryOfTheTool)
+{
+    mallopt(M_PERTURB, 'x');  // what memory holds that is not cleared
+    image = TableImage::of("char[2000]", 2000).buckets(2).chain(1, {{0, "value"}});
+    write();
+    LiveFile slots(root.path() + "/feed/eq/slots");
+    ActingOutput const output([&] { slots.store32(SlotsOffset::valueSize, 0); });
+    QuaskScannerBase scanner("", "feed/eq");
+    ASSERT_TRUE(scanner.initialize());
+    EXPECT_EQ(scanner.doScan(QuaskTextify::Pretty, true), 0);
+    EXPECT_EQ(output.str(),
+              "bucket[0] ffffffff --> none\n"
+              "bucket[1] 0-->\"\" ffffffff --> none\n"
+              "Lookaside hits: 0\nChain restarts: 0\n");
+    mallopt(M_PERTURB, 0);
 }
 
 TEST_F(TableScanFaultTest, AValueAsLargeAsTheSlotFileIsLeftToTheWalk)

@@ -155,6 +155,21 @@ TEST_F(ChainWalkLimitsTest, OfLargeValuesFewerElementsAreTaken)
               "slots:1");
 }
 
+TEST_F(ChainWalkLimitsTest, ATableThatGrowsMayHaveAsManyElementsAsItsSlotsThen)
+{
+    openWithOneChain(mostElements + 100, 4);
+    CountingHandler counted(4);
+    counted.afterElement = [&](std::uint32_t) {
+        if (counted.chains == mostElements - 1) {
+            lengthen(100);
+            publish(100);
+        }
+    };
+    EXPECT_EQ(walkCounting(counted), "");
+    EXPECT_EQ(counted.chains, mostElements + 100);
+    EXPECT_EQ(statistics.remaps, 1u);
+}
+
 TEST_F(ChainWalkLimitsTest, EmptyBucketsDoNotCount)
 {
     openWithOneChain(mostElements, 4);

@@ -252,6 +252,17 @@ TEST_F(SlotTableGrowthTest, ATableThatGrowsWhileItIsAttachedIsMappedAsItIsThen)
     EXPECT_FALSE(growing.doResize());
 }
 
+TEST_F(SlotTableGrowthTest, ATableThatGrowsByLessThanAPageWhileItIsAttachedIsMappedToo)
+{
+    constexpr std::uint32_t count = 165;
+    ASSERT_EQ(slotsFileSize(24, count), 4160u);  // on two pages; the three slots take 272
+    ActingHandler acting([this] { growTo(count, 1); });
+    SlotReaderGenericTable growing(acting, rootPath, statistics);
+    ASSERT_TRUE(growing.attach());
+    EXPECT_EQ(growing.readableSize(), 8192u);
+    EXPECT_NE(growing.slotAt(count - 1, 8), nullptr);
+}
+
 TEST_F(SlotTableGrowthTest, ACountThatTheFileDoesNotReachIsLeftToTheWalk)
 {
     ActingHandler acting([this] {
