@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "clients/recording_scanner.h"
+#include "support/mapping_client.h"
 
 namespace {
 
@@ -243,6 +244,14 @@ TEST_F(CommandNamesTest, TheCommandIsTheLastPartOfTheProgramsPath)
     EXPECT_EQ(commands[self].text(), "clients_test");
     EXPECT_EQ(scanner.takeLog(),
               Lines{"5 Extracted command clients_test for pid " + std::to_string(self)});
+}
+
+TEST_F(CommandNamesTest, ACommandLineOfOneWordIsAllOfIt)
+{
+    QuaskTesting::MappingClient const client(MAPPING_CLIENT, std::vector<std::string>());
+    Clients clients{{client.pid(), "p", ""}};
+    scanner.doPopulateCommandNames(clients, commands);
+    EXPECT_EQ(clients.at(0).command.text(), "mapping_client");
 }
 
 TEST_F(CommandNamesTest, APidThatIsKnownIsNotReadAgain)
