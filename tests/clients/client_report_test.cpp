@@ -194,13 +194,15 @@ protected:
     }
 
     // The same as an ordinary user.
-    [[noreturn]] static void reportAsUser(char const* outputFile)
+    [[noreturn]] void reportAsUser(char const* outputFile)
     {
-        if (!OtherUser::become()) {
+        if (!user.become()) {
             std::exit(99);
         }
         report(outputFile);
     }
+
+    OtherUser const user;
 
     std::string withoutFigures() const
     {

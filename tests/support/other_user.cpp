@@ -1,6 +1,11 @@
 #include "support/other_user.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#include <sys/stat.h>
 
 #include "support/become_user.h"
 
@@ -8,13 +13,27 @@ namespace QuaskTesting {
 namespace {
 
 constexpr unsigned nobody = 65534;
-
-// In a build that counts which lines run, the user cannot write the counts. What would be said
-// about that goes there, and not to standard error, which belongs to the tests.
-constexpr char const* complaints = "GCOV_ERROR_FILE";
-constexpr char const* nowhere = "/dev/null";
+constexpr char const* placeOfCounts = "GCOV_PREFIX";
 
 }  // namespace
+
+OtherUser::OtherUser() : counts_("/tmp/quask-test.XXXXXX")
+{
+    if (mkdtemp(counts_.data()) == nullptr || chmod(counts_.c_str(), 0777) != 0) {
+        throw std::runtime_error("no directory for another user");
+    }
+}
+
+OtherUser::OtherUser(std::string const& program) : OtherUser()
+{
+    program_.emplace(program, "program");
+}
+
+OtherUser::~OtherUser()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(counts_, ignored);
+}
 
 bool OtherUser::exists()
 {
@@ -26,14 +45,14 @@ bool OtherUser::exists()
 Command OtherUser::command(Command command) const
 {
     command.userId = nobody;
-    command.words.at(0) = program_.path();
-    command.environment[complaints] = nowhere;
+    command.words.at(0) = program_.value().path();
+    command.environment[placeOfCounts] = counts_;
     return command;
 }
 
-bool OtherUser::become()
+bool OtherUser::become() const
 {
-    setenv(complaints, nowhere, 1);
+    setenv(placeOfCounts, counts_.c_str(), 1);
     return becomeUser(nobody);
 }
 

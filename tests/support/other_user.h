@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "support/child_process.h"
 #include "support/program_copy.h"
 
@@ -10,7 +13,12 @@ namespace QuaskTesting {
 class OtherUser
 {
 public:
-    explicit OtherUser(std::string const& program) : program_(program, "program") {}
+    // One who runs no program: for become().
+    OtherUser();
+    explicit OtherUser(std::string const& program);
+    OtherUser(OtherUser const&) = delete;
+    OtherUser& operator=(OtherUser const&) = delete;
+    ~OtherUser();
 
     // False where the system lets no process become another user.
     static bool exists();
@@ -19,10 +27,14 @@ public:
     Command command(Command command) const;
 
     // Makes this process, which has no other threads, the user's. False where exists() is.
-    static bool become();
+    bool become() const;
 
 private:
-    ProgramCopy program_;
+    std::optional<ProgramCopy> program_;
+
+    // In a build that counts which lines run, the user cannot write the counts where they belong.
+    // They go here instead, and are lost.
+    std::string counts_;
 };
 
 }  // namespace QuaskTesting
