@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "support/child_process.h"
@@ -155,6 +156,20 @@ TEST_F(CommandLine, SeveralMatchesAreListed)
                 run.err == title + "  - feed/fx\n  - feed/eq\n")
         << run.err;
     EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_F(CommandLine, SeveralMatchesAreListedInTheOrderOfTheirDirectory)
+{
+    for (char const* const name : {"b", "d", "a", "e", "c"}) {
+        TableImage::of("int", 4).buckets(1).writeTo(root, std::string("list/") + name);
+    }
+    std::string list;
+    for (auto const& entry : std::filesystem::directory_iterator(root.path() + "/list")) {
+        list += "  - list/" + entry.path().filename().string() + "\n";
+    }
+    EXPECT_EQ(
+        quask({"list"}).err,
+        "More than one table was found. Try again using one of the following tables:\n" + list);
 }
 
 TEST_F(CommandLine, ARootDirectoryThatCannotBeOpenedIsAFailure)

@@ -91,6 +91,18 @@ TEST_F(ScanCommand, AFailedCheckIsToldOnStandardOutputAndTheFailureOnStandardErr
     EXPECT_EQ(scan.exitStatus, 1);
 }
 
+TEST_F(ScanCommand, AFailedCheckIsSaidBeforeTheFailure)
+{
+    TableImage image = prices();
+    image.bucketsHeader.version = 2;
+    image.writeTo(root, "eq");
+    QuaskTesting::Command command = QuaskTesting::quask(root, {"eq"});
+    command.words.insert(command.words.begin(), {"/bin/sh", "-c", "exec \"$@\" 2>&1", "sh"});
+    EXPECT_EQ(QuaskTesting::run(command).out,
+              "Quask eq validation failed: BucketTable::validate() bad version: 2\n"
+              "Error attaching to Quask eq\n");
+}
+
 TEST_F(ScanCommand, AnEmptySlotFilePrintsNothingOnStandardOutput)
 {
     prices().resize(TableFile::slots, 0).writeTo(root, "eq");

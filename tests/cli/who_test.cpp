@@ -142,6 +142,28 @@ TEST_F(WhoAllCommand, IsWhatAReportsFileAsksForInThatFile)
     EXPECT_EQ(text, report(noClients)) << "what the file held before is gone";
 }
 
+TEST_F(WhoAllCommand, WarnsAnOrdinaryUserBeforeTheReport)
+{
+    if (!OtherUser::exists()) {
+        GTEST_SKIP() << "the system lets nobody become another user";
+    }
+    OtherUser const user(QUASK_UNDER_TEST);
+    ASSERT_EQ(chmod(root.path().c_str(), 0755), 0);
+    Command command = user.command(QuaskTesting::quask(root, {"-a"}));
+    command.environment.erase("J5_CHROOT");
+    command.unset.push_back("J5_CHROOT");
+    EXPECT_EQ(QuaskTesting::run(command).out,
+              "You should run this command as root.\n" + report(noClients));
+}
+
+TEST_F(WhoAllCommand, DoesNotSearchForTheExpression)
+{
+    Command command = QuaskTesting::quask(root, {"-f", root.path() + "/report", "feed"});
+    command.environment["QUASK_TEST_ROOT"] = "/nonexistent";
+    EXPECT_EQ(QuaskTesting::run(command).err,
+              "Error searching for tables\nError adding clientless Quasks\n");
+}
+
 TEST_F(WhoAllCommand, EndsAtATableWhosePathIsNotLongerThanTheRootDirectorys)
 {
     MappingClient const writer = clientOf({"slots:rw", "vandral.1:rw"});
