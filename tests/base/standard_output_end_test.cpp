@@ -24,6 +24,7 @@ using QuaskTesting::endOf;
 using QuaskTesting::Forked;
 using QuaskTesting::Patience;
 using QuaskTesting::Pipe;
+using QuaskTesting::succeedsInTime;
 
 // Runs `body` with standard output going to the pipe.
 template <typename Body>
@@ -35,8 +36,6 @@ Forked printing(Pipe const& pipe, Body body)
         return body();
     });
 }
-
-char const* const tooSlow = "the machine needs longer than a signal waits";
 
 TEST(StandardOutputEnd, TheRemainderIsWrittenFromASignalHandler)
 {
@@ -131,41 +130,38 @@ TEST(StandardOutputEnd, WhatIsBeingWrittenWhenASignalComesIsNotWrittenTwice)
 
 TEST(StandardOutputEnd, ASignalDuringAWriteLetsItsLinesBeWritten)
 {
-    Pipe pipe;
-    Forked process = printing(pipe, [] {
-        std::cout << manyLines << std::flush << "not printed any more\n" << std::flush;
-        return 0;
-    });
-    while (!pipe.isFull()) {
-    }
-    Patience const patience;
-    process.kill(SIGTERM);
-    std::string const text = pipe.readToEnd();
-    EXPECT_EQ(process.end(), -SIGTERM);
-    if (!patience.lasts()) {
-        GTEST_SKIP() << tooSlow;
-    }
-    EXPECT_TRUE(text == manyLines);
+    EXPECT_TRUE(succeedsInTime([](Patience& patience) {
+        Pipe pipe;
+        Forked process = printing(pipe, [] {
+            std::cout << manyLines << std::flush << "not printed any more\n" << std::flush;
+            return 0;
+        });
+        while (!pipe.isFull()) {
+        }
+        patience.begin();
+        process.kill(SIGTERM);
+        std::string const text = pipe.readToEnd();
+        EXPECT_EQ(process.end(), -SIGTERM);
+        return text == manyLines;
+    }));
 }
 
 TEST(StandardOutputEnd, ASignalWithinALineThatIsLongerThanTheBufferWaitsForItsEnd)
 {
-    Pipe pipe;
-    Patience const patience;
     std::string const piece(300000, 'x');
-    Forked process = printing(pipe, [&piece] {
-        std::cout << piece;
-        raise(SIGTERM);
-        std::cout << "end\n";
-        std::cout << "not printed any more\n" << std::flush;
-        return 0;
-    });
-    std::string const text = pipe.readToEnd();
-    EXPECT_EQ(process.end(), -SIGTERM);
-    if (!patience.lasts()) {
-        GTEST_SKIP() << tooSlow;
-    }
-    EXPECT_TRUE(text == piece + "end\n");
+    EXPECT_TRUE(succeedsInTime([&piece](Patience& /*patience*/) {
+        Pipe pipe;
+        Forked process = printing(pipe, [&piece] {
+            std::cout << piece;
+            raise(SIGTERM);
+            std::cout << "end\n";
+            std::cout << "not printed any more\n" << std::flush;
+            return 0;
+        });
+        std::string const text = pipe.readToEnd();
+        EXPECT_EQ(process.end(), -SIGTERM);
+        return text == piece + "end\n";
+    }));
 }
 
 TEST(StandardOutputEnd, ASignalDoesNotWaitForEverForAReaderThatTakesNothing)

@@ -3,10 +3,12 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <list>
 
 #include <sys/resource.h>
 
 #include "faults/faults_fixture.h"
+#include "support/mapping_client.h"
 
 namespace {
 
@@ -85,6 +87,18 @@ TEST_F(Exhausted, TheClientReportShowsFiguresThatNoDescriptorIsLeftForAsNotAvail
                        "/feed\"\nCapacity: slots:1024 buckets:1 primary_notifications:NA "
                        "secondary_notifications:NA\nOccupied slots: 1\nClients: None\n\n",
                    "", 0);
+}
+
+TEST_F(Exhausted, TheClientReportNamesMoreClientsThanItHasDescriptors)
+{
+    makeSmall("feed");
+    std::list<QuaskTesting::MappingClient> clients;
+    std::string names;
+    for (int i = 0; i < 12; ++i) {
+        clients.emplace_back(std::vector{root.path() + "/feed/slots:r"});
+        names += "mapping_client-" + std::to_string(clients.back().pid()) + "(mapping_client) ";
+    }
+    EXPECT_THAT(withDescriptors(8, {"-w", "feed"}).out, HasSubstr("\nReader: " + names + "\n"));
 }
 
 TEST_F(Exhausted, ATableLargerThanTheAddressSpaceCannotBeAttached)

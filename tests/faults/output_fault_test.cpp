@@ -16,6 +16,7 @@
 
 #include "faults/blocked_scan.h"
 #include "faults/faults_fixture.h"
+#include "support/own_namespaces.h"
 #include "support/patience.h"
 #include "support/pipe.h"
 
@@ -28,6 +29,7 @@ using QuaskTesting::Command;
 using QuaskTesting::Finished;
 using QuaskTesting::Patience;
 using QuaskTesting::Pipe;
+using QuaskTesting::succeedsInTime;
 using QuaskTesting::TableImage;
 
 std::string contentsOf(std::string const& path)
@@ -78,6 +80,26 @@ TEST_F(OutputFault, AClosedStandardErrorChangesNothingElse)
     expectFinished(redirected("2>&-", {"feed"}), smallScan, "", 0);
     expectFinished(redirected("2>&-", {"nowhere"}), "", "", 1);
     expectFinished(redirected("2>&- > /dev/full", {"feed"}), "", "", 1);
+}
+
+// With the first free descriptor, the file would take the place of standard error.
+TEST_F(OutputFault, AClosedStandardErrorIsNotTheReportFile)
+{
+    if (!QuaskTesting::inOwnNamespaces()) {
+        GTEST_SKIP() << QuaskTesting::noOwnNamespaces;
+    }
+    std::string const path = root.path() + "/report";
+    Command command = this->command({"-f", path});
+    command.environment["QUASK_TEST_ROOT"] = "/nonexistent";
+    expectFinished(QuaskTesting::run(command), "",
+                   "Error searching for tables\nError adding clientless Quasks\n", 1);
+    for (char const* const closed : {"2>&-", "<&- 2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
+        Command closing = command;
+        closing.words.insert(closing.words.begin(),
+                             {"/bin/sh", "-c", std::string("exec \"$@\" ") + closed, "sh"});
+        expectFinished(QuaskTesting::run(closing), "", "", 1);
+        EXPECT_EQ(contentsOf(path), "") << closed;
+    }
 }
 
 TEST_F(OutputFault, AClosedStandardInputIsNotMissed)
@@ -251,17 +273,15 @@ TEST_F(Interrupted, BySigtermInAWriteAScanTearsNoLine)
 {
     large().writeTo(root, "large");
     std::string const whole = quask({"-p", "large"}).out;
-    BlockedScan scan(command({"-p", "large"}));
-    Patience const patience;
-    scan.process().kill(SIGTERM);
-    Finished const finished = scan.finish();
-    EXPECT_EQ(finished.signal, SIGTERM);
-    EXPECT_EQ(finished.err, "");
-    if (!patience.lasts()) {
-        GTEST_SKIP() << "the machine needs longer than a signal waits";
-    }
-    EXPECT_TRUE(whole.starts_with(finished.out));
-    EXPECT_TRUE(finished.out.ends_with(" --> none\n"));
+    EXPECT_TRUE(succeedsInTime([&](Patience& patience) {
+        BlockedScan scan(command({"-p", "large"}));
+        patience.begin();
+        scan.process().kill(SIGTERM);
+        Finished const finished = scan.finish();
+        EXPECT_EQ(finished.signal, SIGTERM);
+        EXPECT_EQ(finished.err, "");
+        return whole.starts_with(finished.out) && finished.out.ends_with(" --> none\n");
+    }));
 }
 
 TEST_F(Interrupted, BySigtermInALineOfALargeValueAScanWritesTheLine)
@@ -273,15 +293,14 @@ TEST_F(Interrupted, BySigtermInALineOfALargeValueAScanWritesTheLine)
         image.chain(i, {{i, value}});
     }
     image.writeTo(root, "large");
-    BlockedScan scan(command({"-p", "large"}));
-    Patience const patience;
-    scan.process().kill(SIGTERM);
-    Finished const finished = scan.finish();
-    EXPECT_EQ(finished.signal, SIGTERM);
-    if (!patience.lasts()) {
-        GTEST_SKIP() << "the machine needs longer than a signal waits";
-    }
-    EXPECT_TRUE(finished.out == "bucket[0] 0-->\"" + value + "\" ffffffff --> none\n");
+    EXPECT_TRUE(succeedsInTime([&](Patience& patience) {
+        BlockedScan scan(command({"-p", "large"}));
+        patience.begin();
+        scan.process().kill(SIGTERM);
+        Finished const finished = scan.finish();
+        EXPECT_EQ(finished.signal, SIGTERM);
+        return finished.out == "bucket[0] 0-->\"" + value + "\" ffffffff --> none\n";
+    }));
 }
 
 TEST_F(Interrupted, BySigtermAScanWhoseReaderTakesNothingEnds)
