@@ -48,6 +48,23 @@ inline char* writeDumpHex(char* out, void const* data, std::size_t size)
 }
 constexpr std::size_t dumpHexSlack = 8;
 
+// Writes two lower-case hexadecimal digits for each of the `size` bytes, in memory order and
+// without spaces, to `out`, which has room for 2 * size + hexDigitsSlack characters; the address
+// after the last. What lies after it, up to the slack, may be overwritten.
+inline char* writeHexDigits(char* out, void const* data, std::size_t size)
+{
+    auto const* bytes = static_cast<unsigned char const*>(data);
+    for (; size >= 4; bytes += 4, size -= 4) {
+        out = HexDigits::write4(out, HexDigits::load(bytes, 4));
+    }
+    if (size == 0) {
+        return out;
+    }
+    HexDigits::write4(out, HexDigits::load(bytes, size));
+    return out + 2 * size;
+}
+constexpr std::size_t hexDigitsSlack = 8;
+
 // Writes `value` in lower-case hexadecimal without leading zeros; the address behind the last
 // digit. `out` has room for 8 characters, all of which may be overwritten.
 inline char* writeHex(char* out, std::uint32_t value)

@@ -35,6 +35,10 @@ public:
         Header(Header const& live);
     };
 
+    // What a sound file has; "QUASKVDL" in file order.
+    static constexpr std::uint64_t magic = 0x4c44564b53415551;
+    static constexpr std::uint32_t version = 1;
+
     // `sharedHandler` and `tablePath` must outlive the object. Nothing is mapped yet.
     Vandral(Dovan::Platform::DebugHandler& sharedHandler, RootPath const& tablePath);
     ~Vandral() override;

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+#include <rapidjson/writer.h>
+
+#include "base/hex.h"
+#include "json/lenient_utf8.h"
+#include "support/element_text.h"
+#include "support/value_type.h"
+
+namespace Quask::Json {
+
+// Writes JSON to a Stream, KeptText or PiecewiseText: RapidJSON's writer with what reports are made
+// of. The text is ASCII and has no newline, whatever the contents are. One thread.
+template <typename Stream>
+class JsonWriter : private rapidjson::Writer<Stream, LenientUtf8, rapidjson::ASCII<>>
+{
+    using Base = rapidjson::Writer<Stream, LenientUtf8, rapidjson::ASCII<>>;
+
+public:
+    // `stream` must outlive the object.
+    explicit JsonWriter(Stream& stream) : Base(stream) {}
+
+    // Forgets what was begun; the next is a text of its own.
+    void restart() { this->Reset(*this->os_); }
+
+    void beginObject() { this->StartObject(); }
+    void endObject() { this->EndObject(); }
+    void beginArray() { this->StartArray(); }
+    void endArray() { this->EndArray(); }
+
+    // The name of an object's next member: ASCII without anything to be escaped.
+    void name(std::string_view text)
+    {
+        this->Prefix(rapidjson::kStringType);
+        char* out = this->os_->reserve(text.size() + 2);
+        *out = '"';
+        std::memcpy(out + 1, text.data(), text.size());
+        out[text.size() + 1] = '"';
+        this->os_->advanceTo(out + text.size() + 2);
+    }
+
+    // A number as it is, up to 64 bits wide, or true or false.
+    template <std::integral Number>
+    void value(Number number)
+    {
+        if constexpr (std::is_same_v<Number, bool>) {
+            this->Bool(number);
+        } else {
+            writeElement<Number>(reinterpret_cast<unsigned char const*>(&number));
+        }
+    }
+
+    // A string. `text` is followed by a NUL.
+    void value(std::string_view text)
+    {
+        this->String(text.empty() ? "" : text.data(),
+                     static_cast<rapidjson::SizeType>(text.size()));
+    }
+
+    void null() { this->Null(); }
+
+    template <typename Value>
+    void member(std::string_view memberName, Value const& memberValue)
+    {
+        name(memberName);
+        value(memberValue);
+    }
+
+    // A string of two lower-case hexadecimal digits per byte.
+    void hex(unsigned char const* bytes, std::size_t size)
+    {
+        constexpr std::size_t pieceSize = 4096;
+        this->Prefix(rapidjson::kStringType);
+        this->os_->Put('"');
+        for (std::size_t done = 0; done < size;) {
+            std::size_t const count = std::min(pieceSize, size - done);
+            char* const out = this->os_->reserve(2 * count + Dovan::hexDigitsSlack);
+            this->os_->advanceTo(Dovan::writeHexDigits(out, bytes + done, count));
+            done += count;
+        }
+        this->os_->Put('"');
+    }
+
+    // What the bytes of a value of this type say: a number, null for one that is not finite, true
+    // or false, a string for characters up to the first NUL, an array of these. The bytes need no
+    // alignment; a NUL follows them.
+    void value(Dovan::Platform::ValueType const& type, unsigned char const* bytes)
+    {
+        Dovan::Platform::visitElementType(
+            type.element, [&]<typename T>(std::type_identity<T> /*element*/) {
+                if constexpr (std::is_same_v<T, char>) {
+                    auto const* const text = reinterpret_cast<char const*>(bytes);
+                    value(std::string_view(text, type.isArray ? strnlen(text, type.count) : 1));
+                } else if (type.isArray) {
+                    beginArray();
+                    for (std::size_t i = 0; i < type.count; ++i) {
+                        writeElement<T>(bytes + i * sizeof(T));
+                    }
+                    endArray();
+                } else {
+                    writeElement<T>(bytes);
+                }
+            });
+    }
+
+private:
+    // The texts of numbers and truth values are JSON as they are.
+    template <typename T>
+    void writeElement(unsigned char const* bytes)
+    {
+        using Dovan::Platform::ElementText::maxElementText;
+        if constexpr (std::is_floating_point_v<T>) {
+            T number;
+            std::memcpy(&number, bytes, sizeof number);
+            if (!std::isfinite(number)) {
+                null();
+                return;
+            }
+        }
+        this->Prefix(rapidjson::kNumberType);
+        char* const out = this->os_->reserve(maxElementText);
+        this->os_->advanceTo(Dovan::Platform::ElementText::writeElement<T>(out, bytes));
+    }
+};
+
+}  // namespace Quask::Json
