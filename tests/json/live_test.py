@@ -1,0 +1,43 @@
+"""Beside a writer at full speed, every line is one whole JSON text, and what the writer leaves alone is there."""
+
+import os
+import subprocess
+import unittest
+
+import running
+
+STABLE = 50
+
+
+class Live(unittest.TestCase):
+    def setUp(self):
+        command = [running.program("LIVE_WRITER"), os.path.join(running.root, "hot"), "16", "8", str(STABLE), "6", "4000"]
+        self.writer = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.assertEqual(self.writer.stdout.readline(), b"ready\n")
+
+    def tearDown(self):
+        self.writer.communicate()
+
+    def test_scans_keep_to_the_schema_and_lose_nothing(self):
+        stable = None
+        for _ in range(5):
+            *buckets, counters = running.json_report("scan", "-e", "hot")
+            self.assertEqual(set(counters), {"lookasideHits", "chainRestarts"})
+            self.assertEqual([one["bucket"] for one in buckets], list(range(8)))
+            found = {one["hex"] for bucket in buckets for one in bucket["elements"]}
+            stable = found if stable is None else stable & found
+        self.assertGreaterEqual(len(stable), STABLE)
+
+    def test_header_reports_keep_to_the_schema(self):
+        for _ in range(5):
+            (headers,) = running.json_report("headers", "-x", "hot")
+            self.assertLessEqual(headers["slots"]["occupiedSlots"], headers["slots"]["mappedSlots"])
+
+    def test_the_writer_is_found(self):
+        (table,) = running.json_report("clients", "-w", "hot")
+        self.assertIn(self.writer.pid, [client["pid"] for client in table["writers"]])
+        self.assertEqual(table["writers"][0]["command"], "live_writer")
+
+
+if __name__ == "__main__":
+    unittest.main()
