@@ -1,9 +1,11 @@
-# What is installed beside the tool: manual pages, completions, documentation.
+# What is installed beside the programs: manual pages, completions, schemas, documentation. What is of
+# no other component belongs to "quask"; "tools" are the companions.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME quask)
 
 # The manual pages and completions of a tool that was built for the root directory `root`, into the
 # directory `output`.
 function(quask_configure_documents root output)
-    foreach(page IN ITEMS quask.1 quask-table.5)
+    foreach(page IN ITEMS quask.1 quask-json.1 quask-table.5)
         set_property(DIRECTORY APPEND PROPERTY
             CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/man/${page})
         # The pages in the repository can be read as they are: they name the default root directory, and
@@ -19,40 +21,60 @@ function(quask_configure_documents root output)
     set(QUASK_ROOT_DIR_QUOTED "'${quoted_root}'")
     string(REGEX REPLACE "(['\\\\])" "\\\\\\1" quoted_root "${root}")
     set(QUASK_ROOT_DIR_FISH "'${quoted_root}'")
-    foreach(completion IN ITEMS quask.bash _quask quask.fish)
-        configure_file(${PROJECT_SOURCE_DIR}/completions/${completion}.in
-            ${output}/${completion} @ONLY)
+    # quask-json takes the same command line. Its shell functions have names of their own.
+    foreach(program IN ITEMS quask quask-json)
+        set(QUASK_PROGRAM ${program})
+        string(REPLACE "-" "_" QUASK_FUNCTION ${program})
+        configure_file(${PROJECT_SOURCE_DIR}/completions/quask.bash.in ${output}/${program}.bash @ONLY)
+        configure_file(${PROJECT_SOURCE_DIR}/completions/_quask.in ${output}/_${program} @ONLY)
+        configure_file(${PROJECT_SOURCE_DIR}/completions/quask.fish.in ${output}/${program}.fish @ONLY)
     endforeach()
 endfunction()
 
 set(documents ${PROJECT_BINARY_DIR}/documents)
 quask_configure_documents("${QUASK_ROOT_DIR}" ${documents})
 
-install(FILES ${documents}/quask.bash
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME quask)
-install(FILES ${documents}/_quask DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
-install(FILES ${documents}/quask.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+# Installs the completions of a program.
+function(quask_install_completions program component)
+    install(FILES ${documents}/${program}.bash COMPONENT ${component}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
+    install(FILES ${documents}/_${program} COMPONENT ${component}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+    install(FILES ${documents}/${program}.fish COMPONENT ${component}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+endfunction()
 
 option(QUASK_DEBIAN_LAYOUT
     "Install what Debian wants of a package: compressed manual pages, copyright, changelog" OFF)
 
 # Installs a file as `name`, or compressed as `name`.gz.
-function(quask_install_document file name destination)
+function(quask_install_document file name destination component)
     if(NOT QUASK_DEBIAN_LAYOUT)
-        install(FILES ${file} DESTINATION ${destination} RENAME ${name})
+        install(FILES ${file} DESTINATION ${destination} RENAME ${name} COMPONENT ${component})
         return()
     endif()
     find_program(GZIP gzip REQUIRED)
-    set(compressed ${documents}/compressed/${name}.gz)
-    file(MAKE_DIRECTORY ${documents}/compressed)
+    set(compressed ${documents}/compressed/${component}/${name}.gz)
+    file(MAKE_DIRECTORY ${documents}/compressed/${component})
     add_custom_command(OUTPUT ${compressed}
         COMMAND ${GZIP} -9nc ${file} > ${compressed} DEPENDS ${file} VERBATIM)
-    add_custom_target(compress_${name} ALL DEPENDS ${compressed})
-    install(FILES ${compressed} DESTINATION ${destination})
+    add_custom_target(compress_${component}_${name} ALL DEPENDS ${compressed})
+    install(FILES ${compressed} DESTINATION ${destination} COMPONENT ${component})
 endfunction()
 
-quask_install_document(${documents}/quask.1 quask.1 ${CMAKE_INSTALL_MANDIR}/man1)
-quask_install_document(${documents}/quask-table.5 quask-table.5 ${CMAKE_INSTALL_MANDIR}/man5)
+quask_install_completions(quask quask)
+quask_install_document(${documents}/quask.1 quask.1 ${CMAKE_INSTALL_MANDIR}/man1 quask)
+quask_install_document(${documents}/quask-table.5 quask-table.5 ${CMAKE_INSTALL_MANDIR}/man5 quask)
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES docs/ARCHITECTURE.md docs/diagnosis.md docs/faults.md docs/performance.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+
+# What belongs to quask-json, if that is built.
+function(quask_install_json_documents)
+    quask_install_completions(quask-json tools)
+    quask_install_document(${documents}/quask-json.1 quask-json.1 ${CMAKE_INSTALL_MANDIR}/man1 tools)
+    foreach(report IN ITEMS scan headers clients)
+        install(FILES ${PROJECT_SOURCE_DIR}/schemas/${report}.schema.json COMPONENT tools
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/quask RENAME quask-json-${report}.schema.json)
+    endforeach()
+endfunction()

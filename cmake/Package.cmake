@@ -1,4 +1,5 @@
-# The Debian package. scripts/package builds it.
+# The Debian packages: quask, and quask-tools with the companions that are built. scripts/package builds
+# them.
 
 set(QUASK_MAINTAINER "quask maintainers <maintainers@quask.invalid>" CACHE STRING
     "Name and address of who maintains the package")
@@ -6,12 +7,22 @@ set(QUASK_MAINTAINER "quask maintainers <maintainers@quask.invalid>" CACHE STRIN
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME quask)
 set(CPACK_PACKAGE_VENDOR "quask maintainers")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "look into live Quask tables")
-set(CPACK_PACKAGE_DESCRIPTION
-"Quask tables are lock-free hash tables in shared memory. quask prints the
+# Empty: it would come before the description of each package, whose first line is the summary.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_DEBIAN_QUASK_DESCRIPTION
+"look into live Quask tables
+Quask tables are lock-free hash tables in shared memory. quask prints the
 chains of a table, the headers of its files and the processes that have it
 mapped, while the table's writer keeps changing it. It maps the files read-only
 and takes no lock.")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION
+"look into live Quask tables by program
+Quask tables are lock-free hash tables in shared memory. quask-json prints the
+reports of quask as JSON, one text per line, with a JSON Schema for each report:
+for jq, for monitoring and for scripts.")
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_QUASK_PACKAGE_NAME quask)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME quask-tools)
 
 # The debug information is not packed: a package of CPack's for it would hold paths of the machine
 # that built it. The tool in the build directory keeps it, under the same build id.
@@ -30,13 +41,26 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 if(QUASK_DEBIAN_LAYOUT)
     # Follows SOURCE_DATE_EPOCH.
     string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
-    configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${documents}/changelog @ONLY)
-    quask_install_document(${documents}/changelog changelog ${CMAKE_INSTALL_DOCDIR})
-    install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
-    if(QUASK_HAS_STATIC_PIE)
-        install(FILES ${PROJECT_SOURCE_DIR}/packaging/lintian-overrides
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME quask)
-    endif()
 endif()
 
-include(CPack)
+# What Debian wants of the package of a component; the programs are those that are linked statically.
+function(quask_debian_documents component package)
+    if(NOT QUASK_DEBIAN_LAYOUT)
+        return()
+    endif()
+    set(directory ${CMAKE_INSTALL_DATADIR}/doc/${package})
+    configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${documents}/changelog.${package} @ONLY)
+    quask_install_document(${documents}/changelog.${package} changelog ${directory} ${component})
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright DESTINATION ${directory} COMPONENT ${component})
+    if(QUASK_HAS_STATIC_PIE)
+        set(overrides
+            "# The programs are linked statically and are position-independent: that looks like a shared library.\n")
+        foreach(program IN LISTS ARGN)
+            string(APPEND overrides "${package}: shared-library-lacks-prerequisites [usr/bin/${program}]\n")
+        endforeach()
+        file(CONFIGURE OUTPUT ${documents}/lintian-overrides.${package} CONTENT "${overrides}")
+        install(FILES ${documents}/lintian-overrides.${package} COMPONENT ${component}
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME ${package})
+    endif()
+endfunction()
+quask_debian_documents(quask quask quask)

@@ -98,5 +98,6 @@ build() {
 }
 
 build_packages=(cmake g++ ninja-build)
-test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev)
+json_packages=(rapidjson-dev)  # for quask-json
+test_packages=("${build_packages[@]}" "${json_packages[@]}" jq libgtest-dev libgmock-dev python3-jsonschema)
 document_packages=(fish groff mandoc zsh)  # for the tests of manual pages and completions

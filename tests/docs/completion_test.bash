@@ -74,9 +74,9 @@ fi
 expect quask - '--help|--who|--who-all|-a|-e|-f|-h|-p|-t|-w|-x|'
 expect quask --w '--who|--who-all|'
 expect quask feed/eq - '--help|--who|--who-all|-a|-e|-f|-h|-p|-t|-w|-x|'
-expect_file quask -f _qu '_quask|'
-expect_file quask -pf _qu '_quask|'
-expect_file quask feed/eq -f _qu '_quask|'
+expect_file quask -f quask-t 'quask-table.5|'
+expect_file quask -pf quask-t 'quask-table.5|'
+expect_file quask feed/eq -f quask-t 'quask-table.5|'
 
 printf '%d lines, %d failures\n' "$count" "$failures"
 ((failures == 0))

@@ -41,7 +41,7 @@ else
 end
 offers 'quask -' --help --who --who-all -a -e -f -h -p -t -w -x
 offers 'quask --w' --who --who-all
-offers 'quask -f _qu' _quask
+offers 'quask -f quask-t' quask-table.5
 
 echo "$count lines, $failures failures"
 test $failures -eq 0

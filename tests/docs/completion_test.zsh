@@ -31,8 +31,8 @@ else
     becomes 'quask feed/eq feed/e' 'quask feed/eq feed/e' 0
     becomes 'quask -a feed/e' 'quask -a feed/e' 0
 fi
-becomes 'quask -f _qu' 'quask -f _quask ' 1
-becomes 'quask -pf _qu' 'quask -pf _quask ' 1
+becomes 'quask -f quask-t' 'quask -f quask-table.5 ' 1
+becomes 'quask -pf quask-t' 'quask -pf quask-table.5 ' 1
 becomes 'quask --he' 'quask --help ' 1
 becomes 'quask --who-' 'quask --who-all ' 1
 

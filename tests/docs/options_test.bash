@@ -12,7 +12,7 @@ in_help()
 # From the list of options in the manual page: .It Fl w , -who
 in_manual()
 {
-    sed -n '/^\.Sh DESCRIPTION/,/^\.Sh NAMING/s/^\.It Fl \(.*\)/\1/p' "$manual" | sed 's/ Ar .*//' |
+    sed -n '/^\.Sh DESCRIPTION/,/^\.Sh [^D]/s/^\.It Fl \(.*\)/\1/p' "$manual" | sed 's/ Ar .*//' |
         tr -d ' ' | tr ',' '\n' | sed 's/^/-/' | sort -u
 }
 
@@ -28,8 +28,8 @@ in_completion()
     # shellcheck source=/dev/null
     source "$completion"
     compopt() { :; }
-    COMP_WORDS=(quask -) COMP_CWORD=1
-    _quask
+    COMP_WORDS=(program -) COMP_CWORD=1
+    "$(complete -p "$(basename "$completion" .bash)" | grep -oE '_quask[a-z_]*')"
     printf '%s\n' "${COMPREPLY[@]}" | sort -u
 }
 
