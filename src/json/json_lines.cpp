@@ -20,7 +20,6 @@ JsonLines::JsonLines(std::unique_ptr<unsigned char[]> buffer, unsigned valueSize
 bool JsonLines::restart(unsigned /*bucket*/)
 {
     line_.clear();
-    writer_.restart();
     return true;
 }
 

@@ -51,10 +51,11 @@ private:
                                                          unsigned char* valueBytes, unsigned length,
                                                          bool lookaside, unsigned /*sequence*/)
 {
-    if (line_.empty()) {
+    bool const isFirst = line_.empty();
+    if (isFirst) {
         beginBucket(writer_, bucket);
     }
-    writeElement(writer_, ref.index, valueType_, valueBytes, length, lookaside);
+    writeElement(writer_, isFirst, ref.index, valueType_, valueBytes, length, lookaside);
     return true;
 }
 
@@ -67,10 +68,8 @@ private:
         beginBucket(writer_, bucket);
     }
     endBucket(writer_);
-    line_.append('\n');
     lines_.write(line_.view());
     line_.clear();
-    writer_.restart();
     return true;
 }
 

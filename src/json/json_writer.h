@@ -13,8 +13,24 @@
 
 #include "base/hex.h"
 #include "json/lenient_utf8.h"
+#include "json/streams.h"
 #include "support/element_text.h"
 #include "support/value_type.h"
+
+// Copies what needs no escape at once, as RapidJSON does for its own buffer. There is room for it.
+template <>
+inline bool rapidjson::Writer<Quask::Json::KeptText, Quask::Json::LenientUtf8, rapidjson::ASCII<>>::
+    ScanWriteUnescapedString(GenericStringStream<Quask::Json::LenientUtf8>& is, std::size_t length)
+{
+    char const* const end = is.head_ + length;
+    char* out = os_->reserve(0);
+    while (is.src_ != end && *is.src_ >= ' ' && *is.src_ <= '~' && *is.src_ != '"' &&
+           *is.src_ != '\\') {
+        *out++ = *is.src_++;
+    }
+    os_->advanceTo(out);
+    return is.src_ != end;
+}
 
 namespace Quask::Json {
 
@@ -28,9 +44,6 @@ class JsonWriter : private rapidjson::Writer<Stream, LenientUtf8, rapidjson::ASC
 public:
     // `stream` must outlive the object.
     explicit JsonWriter(Stream& stream) : Base(stream) {}
-
-    // Forgets what was begun; the next is a text of its own.
-    void restart() { this->Reset(*this->os_); }
 
     void beginObject() { this->StartObject(); }
     void endObject() { this->EndObject(); }
@@ -52,18 +65,29 @@ public:
     template <std::integral Number>
     void value(Number number)
     {
-        if constexpr (std::is_same_v<Number, bool>) {
-            this->Bool(number);
-        } else {
-            writeElement<Number>(reinterpret_cast<unsigned char const*>(&number));
-        }
+        this->Prefix(rapidjson::kNumberType);
+        put(number);
     }
 
     // A string. `text` is followed by a NUL.
     void value(std::string_view text)
     {
-        this->String(text.empty() ? "" : text.data(),
-                     static_cast<rapidjson::SizeType>(text.size()));
+        this->Prefix(rapidjson::kStringType);
+        put(text);
+    }
+
+    // What the bytes of a value of this type say: see put().
+    void value(Dovan::Platform::ValueType const& type, unsigned char const* bytes)
+    {
+        this->Prefix(rapidjson::kNumberType);
+        put(type, bytes);
+    }
+
+    // A string of two lower-case hexadecimal digits per byte.
+    void hex(unsigned char const* bytes, std::size_t size)
+    {
+        this->Prefix(rapidjson::kStringType);
+        putHex(bytes, size);
     }
 
     void null() { this->Null(); }
@@ -75,11 +99,46 @@ public:
         value(memberValue);
     }
 
-    // A string of two lower-case hexadecimal digits per byte.
-    void hex(unsigned char const* bytes, std::size_t size)
+    // The pieces of a text that is put together by hand: see element.h.
+
+    Stream& text() { return *this->os_; }
+
+    template <std::integral Number>
+    void put(Number number)
+    {
+        putElement<Number>(reinterpret_cast<unsigned char const*>(&number));
+    }
+
+    void put(std::string_view text)
+    {
+        this->WriteString(text.empty() ? "" : text.data(),
+                          static_cast<rapidjson::SizeType>(text.size()));
+    }
+
+    // A number, null for one that is not finite, true or false, a string for characters up to the
+    // first NUL, an array of these. The bytes need no alignment; a NUL follows them.
+    void put(Dovan::Platform::ValueType const& type, unsigned char const* bytes)
+    {
+        Dovan::Platform::visitElementType(
+            type.element, [&]<typename T>(std::type_identity<T> /*element*/) {
+                if constexpr (std::is_same_v<T, char>) {
+                    auto const* const text = reinterpret_cast<char const*>(bytes);
+                    put(std::string_view(text, type.isArray ? strnlen(text, type.count) : 1));
+                } else if (type.isArray) {
+                    for (std::size_t i = 0; i < type.count; ++i) {
+                        this->os_->Put(i == 0 ? '[' : ',');
+                        putElement<T>(bytes + i * sizeof(T));
+                    }
+                    this->os_->Put(']');
+                } else {
+                    putElement<T>(bytes);
+                }
+            });
+    }
+
+    void putHex(unsigned char const* bytes, std::size_t size)
     {
         constexpr std::size_t pieceSize = 4096;
-        this->Prefix(rapidjson::kStringType);
         this->os_->Put('"');
         for (std::size_t done = 0; done < size;) {
             std::size_t const count = std::min(pieceSize, size - done);
@@ -90,43 +149,20 @@ public:
         this->os_->Put('"');
     }
 
-    // What the bytes of a value of this type say: a number, null for one that is not finite, true
-    // or false, a string for characters up to the first NUL, an array of these. The bytes need no
-    // alignment; a NUL follows them.
-    void value(Dovan::Platform::ValueType const& type, unsigned char const* bytes)
-    {
-        Dovan::Platform::visitElementType(
-            type.element, [&]<typename T>(std::type_identity<T> /*element*/) {
-                if constexpr (std::is_same_v<T, char>) {
-                    auto const* const text = reinterpret_cast<char const*>(bytes);
-                    value(std::string_view(text, type.isArray ? strnlen(text, type.count) : 1));
-                } else if (type.isArray) {
-                    beginArray();
-                    for (std::size_t i = 0; i < type.count; ++i) {
-                        writeElement<T>(bytes + i * sizeof(T));
-                    }
-                    endArray();
-                } else {
-                    writeElement<T>(bytes);
-                }
-            });
-    }
-
 private:
     // The texts of numbers and truth values are JSON as they are.
     template <typename T>
-    void writeElement(unsigned char const* bytes)
+    void putElement(unsigned char const* bytes)
     {
         using Dovan::Platform::ElementText::maxElementText;
         if constexpr (std::is_floating_point_v<T>) {
             T number;
             std::memcpy(&number, bytes, sizeof number);
             if (!std::isfinite(number)) {
-                null();
+                this->WriteNull();
                 return;
             }
         }
-        this->Prefix(rapidjson::kNumberType);
         char* const out = this->os_->reserve(maxElementText);
         this->os_->advanceTo(Dovan::Platform::ElementText::writeElement<T>(out, bytes));
     }

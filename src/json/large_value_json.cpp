@@ -21,13 +21,11 @@ void LargeValueJson::write(unsigned bucket, std::span<Element const> elements)
 {
     beginBucket(writer_, bucket);
     for (Element const& element : elements) {
-        writeElement(writer_, element.index, valueType_, element.bytes.get(), size,
-                     element.lookaside);
+        writeElement(writer_, &element == elements.data(), element.index, valueType_,
+                     element.bytes.get(), size, element.lookaside);
     }
     endBucket(writer_);
-    text_.Put('\n');
     text_.writeOut();
-    writer_.restart();
 }
 
 }  // namespace Quask::Json
