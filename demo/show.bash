@@ -58,6 +58,12 @@ start "$bin/price_feed" --burst 0 prices
 
 show 6 "The table as it is now, one line per bucket: slot-->value, in hexadecimal bytes" prices
 show 40 "The same a moment later, with values by their type; * marks one that is being rewritten" -p prices
+if [ -x "$bin/quask-json" ] && command -v jq > /dev/null; then
+    highest='[inputs.elements[]?] | max_by(.value | split(" ")[1] | tonumber) | {slot, value}'
+    printf '\n# %s\n$ %s\n' "The same as JSON, for jq: which price is the highest, and which slot holds it" \
+        "quask-json prices | jq -nc '$highest'" || exit 1
+    "$bin/quask-json" prices | jq -nc "$highest" || exit 1
+fi
 show 6 "And again: the prices have changed" -p prices
 show 60 "What the writer says about the table in its four headers" -x prices
 

@@ -1,7 +1,8 @@
 // Scans a table and reports its headers, whatever its files hold and whatever its writer does
 // meanwhile; see edited_table.h for what an input means. Described ends are a result and an
 // exception of the tool's own. Where nobody changes the table, the style of the values must not
-// matter for how the scan ends, nor whether chains are read in batches for what it prints.
+// matter for how the scan ends, nor that they are printed as JSON, nor whether chains are read in
+// batches for what it prints.
 
 #include <algorithm>
 #include <csignal>
@@ -19,6 +20,9 @@
 #include "report/quask_header_scanner.h"
 #include "report/quask_textify.h"
 #include "report/scan_preparation.h"
+#if defined(QUASK_HAS_JSON)
+#include "json/json_scanner.h"
+#endif
 
 namespace {
 
@@ -82,13 +86,18 @@ std::unique_ptr<unsigned char[]> allocate(std::size_t size)
     return std::make_unique<unsigned char[]>(size);
 }
 
-class Scanner : public Quask::QuaskHeaderScanner
+// A scanner of that class, which prints on a stream.
+template <typename Base>
+class Printing : public Base
 {
 public:
-    explicit Scanner(std::ostream& stream) : QuaskHeaderScanner("", LaidOutTable::name)
-    {
-        out = &stream;
-    }
+    explicit Printing(std::ostream& stream) : Base("", LaidOutTable::name) { this->out = &stream; }
+};
+
+class Scanner : public Printing<Quask::QuaskHeaderScanner>
+{
+public:
+    using Printing::Printing;
 
     // doScan() in the plain style and with empty buckets, without batches.
     int scanOneByOne()
@@ -111,7 +120,7 @@ std::string const endOfLongReport = "long report";
 
 // Runs the job on a fresh table. How it ended: its result, or the exception that it threw. `text`
 // becomes what it printed.
-template <typename Job>
+template <typename AnyScanner = Scanner, typename Job>
 std::string endOf(LaidOutTable& files, EditedTable const& table, std::string& text, Job const& job)
 {
     static auto& messages = *new Sink;
@@ -121,7 +130,7 @@ std::string endOf(LaidOutTable& files, EditedTable const& table, std::string& te
     Sink report;
     std::ostream out(&report);
     files.begin(table);
-    Scanner scanner(out);
+    AnyScanner scanner(out);
     std::string end;
     try {
         end = std::to_string(job(scanner));
@@ -132,6 +141,22 @@ std::string endOf(LaidOutTable& files, EditedTable const& table, std::string& te
     }
     text = report.text();
     return end;
+}
+
+// How the reports end as JSON; empty where that is not built.
+std::string endAsJson([[maybe_unused]] LaidOutTable& files,
+                      [[maybe_unused]] EditedTable const& table)
+{
+#if defined(QUASK_HAS_JSON)
+    using JsonScanner = Printing<Quask::Json::JsonScanner>;
+    std::string text;
+    endOf<JsonScanner>(files, table, text,
+                       [](JsonScanner& scanner) { return scanner.doGetHeadersJson(); });
+    return endOf<JsonScanner>(files, table, text,
+                              [](JsonScanner& scanner) { return scanner.doScanJson(true); });
+#else
+    return {};
+#endif
 }
 
 // The tool ends the process quietly at a bus error in a mapped file, which can only be had by
@@ -162,6 +187,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         return scanner.doScan(QuaskTextify::Pretty, false);
     });
     endOf(files, table, text, [](Scanner& scanner) { return scanner.doGetHeaders(); });
+    std::string const json = endAsJson(files, table);
     std::string const plain = endOf(files, table, text, [](Scanner& scanner) {
         return scanner.doScan(QuaskTextify::Plain, true);
     });
@@ -170,8 +196,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     if (!table.liveEdits.empty() || plain == endOfLongReport) {
         return 0;
     }
-    if (pretty != endOfLongReport && plain != pretty) {
-        std::abort();
+    for (std::string const& other : {pretty, json}) {
+        if (other != endOfLongReport && !other.empty() && other != plain) {
+            std::abort();
+        }
     }
     if (plain != oneByOne || text != otherText) {
         std::abort();

@@ -21,6 +21,8 @@ is_here() {
                 '#include <version>' ;;
         libgtest-dev) compiles "${CXX:-c++}" '#include <gtest/gtest.h>' ;;
         libgmock-dev) compiles "${CXX:-c++}" '#include <gmock/gmock.h>' ;;
+        rapidjson-dev) compiles "${CXX:-c++}" '#include <rapidjson/writer.h>' ;;
+        python3-jsonschema) python3 -c 'import jsonschema' 2> /dev/null ;;
         libbenchmark-dev) compiles "${CXX:-c++}" '#include <benchmark/benchmark.h>' ;;
         googletest) [ -d /usr/src/googletest ] ;;
         ninja-build) command -v ninja > /dev/null ;;
