@@ -1,4 +1,4 @@
-# What is installed beside the programs: manual pages, completions, schemas, documentation. What is of
+# What is installed besides the programs: manual pages, completions, schemas, documentation. What is of
 # no other component belongs to "quask"; "tools" are the companions.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME quask)
 
@@ -34,18 +34,31 @@ endfunction()
 set(documents ${PROJECT_BINARY_DIR}/documents)
 quask_configure_documents("${QUASK_ROOT_DIR}" ${documents})
 
+option(QUASK_DEBIAN_LAYOUT
+    "Install what Debian wants of a package: compressed manual pages, copyright, changelog" OFF)
+
+# Where the shells look, below the prefix. Only Debian's zsh has a place for packages. fish looks below
+# /usr/local only if XDG_DATA_DIRS names it.
+set(zsh_functions site-functions)
+if(QUASK_DEBIAN_LAYOUT)
+    set(zsh_functions vendor-completions)
+endif()
+set(QUASK_BASH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+    CACHE STRING "Where bash's completion is installed")
+set(QUASK_ZSH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions}"
+    CACHE STRING "Where zsh's completion is installed")
+set(QUASK_FISH_COMPLETION_DIR "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d"
+    CACHE STRING "Where fish's completion is installed")
+
 # Installs the completions of a program.
 function(quask_install_completions program component)
     install(FILES ${documents}/${program}.bash COMPONENT ${component}
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program})
+        DESTINATION ${QUASK_BASH_COMPLETION_DIR} RENAME ${program})
     install(FILES ${documents}/_${program} COMPONENT ${component}
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+        DESTINATION ${QUASK_ZSH_COMPLETION_DIR})
     install(FILES ${documents}/${program}.fish COMPONENT ${component}
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+        DESTINATION ${QUASK_FISH_COMPLETION_DIR})
 endfunction()
-
-option(QUASK_DEBIAN_LAYOUT
-    "Install what Debian wants of a package: compressed manual pages, copyright, changelog" OFF)
 
 # Installs a file as `name`, or compressed as `name`.gz.
 function(quask_install_document file name destination component)
@@ -65,7 +78,7 @@ endfunction()
 quask_install_completions(quask quask)
 quask_install_document(${documents}/quask.1 quask.1 ${CMAKE_INSTALL_MANDIR}/man1 quask)
 quask_install_document(${documents}/quask-table.5 quask-table.5 ${CMAKE_INSTALL_MANDIR}/man5 quask)
-install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES docs/ARCHITECTURE.md docs/diagnosis.md docs/faults.md docs/performance.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
 
