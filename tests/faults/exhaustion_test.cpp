@@ -46,7 +46,7 @@ protected:
     static constexpr unsigned long megabyte = 1024 * 1024;
 };
 
-TEST_F(Exhausted, TheScanMakesDoWithTwoDescriptors)
+TEST_F(Exhausted, TheScanManagesWithTwoDescriptors)
 {
     makeSmall("feed");
     expectFinished(withDescriptors(5, {"feed"}), smallScan, "", 0);
@@ -58,7 +58,7 @@ TEST_F(Exhausted, WithOneDescriptorTheFinderSeesOnlyTheRootDirectory)
     expectFinished(withDescriptors(4, {"feed"}), "", "No table was found.\n", 1);
 }
 
-TEST_F(Exhausted, TheFinderLeavesOutWhatLiesDeeperThanItHasDescriptors)
+TEST_F(Exhausted, TheFinderLeavesOutWhatIsDeeperThanItHasDescriptors)
 {
     std::string deep = "d";
     for (int level = 2; level < 40; ++level) {
@@ -136,7 +136,7 @@ TEST_F(Exhausted, TheHeaderReportOfALargeValueNeedsMemoryForTheValueOnly)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(Exhausted, ALineLargerThanTheMemoryEndsTheScanBehindTheLinesBefore)
+TEST_F(Exhausted, ALineLargerThanTheMemoryEndsTheScanAfterTheLinesBefore)
 {
     TableImage image = TableImage::of("int", 4).buckets(2).chain(0, {{0, bytesOf(7)}});
     std::vector<TableImage::Element> elements;

@@ -63,17 +63,17 @@ protected:
     std::string const directory = root.path() + "/feed";
 };
 
-TEST_F(VanishingTable, ASlotFileCutShortUnderAScanEndsItBehindTheLinesBefore)
+TEST_F(VanishingTable, ASlotFileCutShortDuringAScanEndsItAfterTheLinesBefore)
 {
     expectEndAtTheCut("slots", SlotsOffset::slot(24, 0) + RecordOffset::value + 4, 24);
 }
 
-TEST_F(VanishingTable, ABucketFileCutShortUnderAScanEndsItBehindTheLinesBefore)
+TEST_F(VanishingTable, ABucketFileCutShortDuringAScanEndsItAfterTheLinesBefore)
 {
     expectEndAtTheCut("buckets", BucketsOffset::link(1), 8);
 }
 
-TEST_F(VanishingTable, ASlotFileEmptiedUnderAScanEndsItBehindTheLinesBefore)
+TEST_F(VanishingTable, ASlotFileEmptiedDuringAScanEndsItAfterTheLinesBefore)
 {
     std::string const whole = quask({"feed"}).out;
     BlockedScan scan(command({"feed"}));
@@ -87,17 +87,17 @@ TEST_F(VanishingTable, ASlotFileEmptiedUnderAScanEndsItBehindTheLinesBefore)
     EXPECT_TRUE(whole.starts_with(finished.out));
 }
 
-TEST_F(VanishingTable, ATableDeletedUnderAScanIsStillScanned)
+TEST_F(VanishingTable, ATableDeletedDuringAScanIsStillScanned)
 {
     expectWholeScan([&] { std::filesystem::remove_all(directory); });
 }
 
-TEST_F(VanishingTable, ATableRenamedUnderAScanIsStillScanned)
+TEST_F(VanishingTable, ATableRenamedDuringAScanIsStillScanned)
 {
     expectWholeScan([&] { std::filesystem::rename(directory, root.path() + "/other"); });
 }
 
-TEST_F(VanishingTable, ATableReplacedUnderAScanIsScannedAsItWasBefore)
+TEST_F(VanishingTable, ATableReplacedDuringAScanIsScannedAsItWasBefore)
 {
     expectWholeScan([&] {
         std::filesystem::remove_all(directory);
@@ -106,7 +106,7 @@ TEST_F(VanishingTable, ATableReplacedUnderAScanIsScannedAsItWasBefore)
     EXPECT_THAT(quask({"feed"}).out, testing::StartsWith("bucket[0] 0-->e8030000 ffffffff"));
 }
 
-TEST_F(VanishingTable, ATableWhoseFilesGetNewOnesUnderAScanIsScannedAsItWasBefore)
+TEST_F(VanishingTable, ATableWhoseFilesGetNewOnesDuringAScanIsScannedAsItWasBefore)
 {
     expectWholeScan([&] { large(1000).writeTo(root, "feed"); });
 }
