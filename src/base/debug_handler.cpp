@@ -21,7 +21,7 @@ std::optional<int> parseLevel(std::string_view text)
 }
 
 // The highest level that `settings` enables for the channel, or -1. A channel's name may hold "="
-// (a table's may), so the level is what stands behind the last one.
+// (a table's may), so the level is what follows the last one.
 int enabledLevel(std::string_view settings, std::string_view channel)
 {
     int enabled = -1;
@@ -38,7 +38,7 @@ int enabledLevel(std::string_view settings, std::string_view channel)
     return enabled;
 }
 
-// A path may hold a newline; what is said of it stays on one line.
+// A path may contain a newline; the message stays on one line.
 std::string onOneLine(std::string const& text)
 {
     std::string line;

@@ -32,7 +32,7 @@ DebugHandler* getDebugHandler(std::string const& name);
 
 namespace Dovan {
 
-// Logs the parts, streamed one behind the other, when `level` is enabled; else builds no text.
+// Logs the parts, streamed one after the other, when `level` is enabled; else builds no text.
 template <typename... Parts>
 void trace(Platform::DebugHandler& handler, int level, Parts const&... parts)
 {

@@ -6,7 +6,7 @@
 
 namespace Dovan {
 
-// Base of every object that writes diagnostics: holds the channel it writes to, and deletes the
+// Base of every object that writes diagnostics: has the channel it writes to, and deletes the
 // channel at the end when it obtained it itself. Neither copied nor assigned.
 class Debuggable
 {

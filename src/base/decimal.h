@@ -64,7 +64,7 @@ inline char* writeLastDigits(char* out, std::uint64_t number, unsigned count)
 // Characters that writeDecimal() may overwrite, whatever the number.
 constexpr unsigned decimalRoom = 1 + 24;
 
-// Writes an integer in decimal, "-" in front of a negative one; the address behind the last digit.
+// Writes an integer in decimal, "-" before a negative one; the address after the last digit.
 // `out` has room for decimalRoom characters.
 template <typename Integer>
 inline char* writeDecimal(char* out, Integer value)

@@ -22,7 +22,7 @@ public:
         return *this;
     }
 
-    // Leaves errno as it is, so that a failure before can still be told.
+    // Leaves errno as it is, so that an earlier failure can still be reported.
     ~Descriptor()
     {
         if (isOpen()) {

@@ -9,7 +9,7 @@
 
 namespace Dovan {
 
-// Lower-case hexadecimal text of `size` bytes in memory order: two digits a byte, a blank behind
+// Lower-case hexadecimal text of `size` bytes in memory order: two digits per byte, a space after
 // every fourth byte that another follows. No bytes give an empty text.
 std::string dumpHex(void const* data, unsigned size);
 
@@ -20,7 +20,7 @@ constexpr std::size_t dumpHexLength(std::size_t size)
 }
 
 // Writes that text to `out`, which has room for dumpHexLength(size) + dumpHexSlack characters; the
-// address behind the last of the text. What lies behind it, up to the slack, may be overwritten.
+// address after the text. What follows that, up to the slack, may be overwritten.
 inline char* writeDumpHex(char* out, void const* data, std::size_t size)
 {
     auto const* bytes = static_cast<unsigned char const*>(data);
@@ -65,7 +65,7 @@ inline char* writeHexDigits(char* out, void const* data, std::size_t size)
 }
 constexpr std::size_t hexDigitsSlack = 8;
 
-// Writes `value` in lower-case hexadecimal without leading zeros; the address behind the last
+// Writes `value` in lower-case hexadecimal without leading zeros; the address after the last
 // digit. `out` has room for 8 characters, all of which may be overwritten.
 inline char* writeHex(char* out, std::uint32_t value)
 {

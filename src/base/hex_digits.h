@@ -16,7 +16,7 @@ namespace Dovan::HexDigits {
 
 static_assert(std::endian::native == std::endian::little, "digits are laid out byte by byte");
 
-// Up to four bytes as a word in memory order, zeros behind them.
+// Up to four bytes as a word in memory order, zeros after them.
 inline std::uint32_t load(unsigned char const* bytes, std::size_t count)
 {
     std::uint32_t word = 0;
@@ -49,7 +49,7 @@ inline char* write4(char* out, std::uint32_t word)
     return out + 8;
 }
 
-// Writes the digits of eight bytes, a blank between the fourth and the fifth.
+// Writes the digits of eight bytes, a space between the fourth and the fifth.
 inline char* write8(char* out, unsigned char const* bytes)
 {
     __m128i const digits = digitsOf(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(bytes)));

@@ -103,8 +103,8 @@ void StandardOutput::writeRemainderOnTermination()
     });
 }
 
-// Writes `text`, which is collected or somebody else's, and keeps `kept` collected, which lies
-// behind all other text that is. The object is in order when lineOpen_ is reset, and not before.
+// Writes `text`, which is collected or somebody else's, and keeps `kept` collected, which is after
+// all other collected text. The object is consistent when lineOpen_ is reset, and not before.
 void StandardOutput::writeOut(std::string_view text, std::string_view kept)
 {
     if (text.empty()) {
@@ -181,7 +181,7 @@ std::streamsize StandardOutput::xsputn(char const* text, std::streamsize count)
         writeOut(piece, {});
         rest.remove_prefix(piece.size());
     }
-    // The text may lie in this very buffer, further back, if it was built in lent room.
+    // The text may be in this very buffer, further back, if it was built in lent room.
     std::memmove(pptr(), rest.data(), rest.size());
     advance(rest.size());
     return failed_ ? 0 : count;

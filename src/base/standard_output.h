@@ -86,7 +86,7 @@ protected:
 private:
     void advance(std::size_t count)
     {
-        // A signal handler takes what lies before pptr(): the text first, then the pointer.
+        // A signal handler takes what is before pptr(): the text first, then the pointer.
         std::atomic_signal_fence(std::memory_order_release);
         pbump(static_cast<int>(count));
     }

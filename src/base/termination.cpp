@@ -72,7 +72,7 @@ void prepare(bool (*complete)())
         struct sigaction action
         {};
         sigaction(signal.number, nullptr, &action);
-        // Without a deadline a reader that takes nothing could hold the process: then the signal
+        // Without a deadline a reader that takes nothing could block the process: then the signal
         // keeps its default action.
         if (action.sa_handler != SIG_DFL || !createDeadline(signal)) {
             continue;

@@ -14,7 +14,7 @@ struct FreeBytes
 // Bytes that are all 0 at first. A large number of them takes memory only where it is written to.
 using ZeroedBytes = std::unique_ptr<unsigned char[], FreeBytes>;
 
-// At least one. Null when they cannot be had.
+// At least one. Null when there is no memory.
 inline ZeroedBytes allocateZeroed(std::size_t count)
 {
     return ZeroedBytes(static_cast<unsigned char*>(std::calloc(count == 0 ? 1 : count, 1)));

@@ -85,7 +85,7 @@ template <typename Word>
 
 // Copies `size` bytes to private memory, in relaxed loads as wide as the alignment of `from`
 // allows. The copy means something only when the words that guard it are found unchanged
-// afterwards, behind fenceAcquire().
+// afterwards, after fenceAcquire().
 [[gnu::always_inline]] inline void copy(void* to, void const* from, std::size_t size)
 {
     auto* const out = static_cast<unsigned char*>(to);
@@ -114,7 +114,7 @@ template <typename Word>
     }
 }
 
-// What was loaded before this is loaded before everything behind it.
+// What was loaded before this is loaded before everything after it.
 inline void fenceAcquire()
 {
     scheduleFence();

@@ -12,8 +12,8 @@ namespace Quask {
 
 // One file of a table as a memory segment, or anonymous memory in its place, with a trace of every
 // operation at level 5 of the table's channel, and of the system's reason when one fails. Reports
-// no errors of its own: a null address or a size of 0 is for the owner to word. Reads nothing of
-// what it maps. Neither copied nor assigned; one thread.
+// no errors of its own: it is up to the owner to report a null address or a size of 0. Reads
+// nothing of what it maps. Neither copied nor assigned; one thread.
 class QuaskMem : public Mem::Shared, public Dovan::Debuggable
 {
 public:

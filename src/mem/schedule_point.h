@@ -5,7 +5,7 @@
 
 namespace Mem {
 
-// These stand where a reader learns something that a writer changes: before every load of `size`
+// These are where a reader learns something that a writer changes: before every load of `size`
 // bytes at `address`, at every acquire fence, before every look at the length of a table's file,
 // and before every other use of the file's name. The tool's build makes nothing of them; a build
 // with QUASK_INTERLEAVE calls the test that lets a writer run there.

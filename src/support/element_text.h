@@ -17,7 +17,7 @@ namespace Dovan::Platform::ElementText {
 inline constexpr std::size_t maxElementText = 32;
 static_assert(maxElementText >= decimalRoom);
 
-// Writes one character of a text between `quote`s; at most 4 characters. The address behind them.
+// Writes one character of a text between `quote`s; at most 4 characters. The address after them.
 inline char* writeCharacter(char* out, unsigned char c, char quote)
 {
     auto const escape = [&out](char letter) {

@@ -36,7 +36,7 @@ public:
     // Detaches, unless that was done.
     virtual ~Local();
 
-    // Maps `bytes` bytes of zeros; the address of the first, or null when they cannot be had,
+    // Maps `bytes` bytes of zeros; the address of the first, or null when there is no memory,
     // `bytes` is 0, or the segment is attached.
     void* attach(unsigned bytes, Mode mode);
 

@@ -21,7 +21,7 @@ void decodeOrvik(unsigned orvik, unsigned short& pid, unsigned short& instanceId
 // that the tool maps. The file "orvik" belongs to a table but makes none.
 bool isQuaskFile(Dovan::Platform::DebugHandler& handler, std::string const& fileName);
 
-// What the open file `descriptor` holds from where it stands to its end, `most` bytes at most;
+// What is in the open file `descriptor` from its position to its end, `most` bytes at most;
 // empty when it cannot be read. A file in /proc may fail at any time once its process has ended.
 std::string readToEnd(int descriptor, std::size_t most);
 

@@ -161,7 +161,7 @@ private:
 };
 
 // The one printer of its class for this number of elements or bytes. A run asks for few of them: at
-// most one a table. They are never destroyed, so that they outlive every user.
+// most one per table. They are never destroyed, so that they outlive every user.
 template <typename Printer>
 ValuePrinter const* printerFor(std::size_t count)
 {

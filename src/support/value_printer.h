@@ -13,7 +13,7 @@ class ValuePrinter
 {
 public:
     // The text of the value at `value`, which has as many bytes as the printer was asked for. The
-    // bytes need no alignment and must not change meanwhile.
+    // bytes need no alignment and must not change during the call.
     virtual std::string print(void const* value) const = 0;
 
     // Appends the same text to `out`.
@@ -40,7 +40,7 @@ protected:
     ~ValuePrinter() = default;
 };
 
-// The printer for values of this type name (whole, with or without "std::" in front) and size in
+// The printer for values of this type name (whole, with or without "std::" before) and size in
 // bytes (32 unsigned bits, whatever the sign). Never null: a name that is not known, or whose size
 // is another, gets the printer of hexadecimal bytes. The caller does not own it; asked again, it is
 // the same.

@@ -53,7 +53,7 @@ struct WatchedMappings
         return nullptr;
     }
 
-    // Puts a page of zeros into the place of the one that `address` lies in.
+    // Puts a page of zeros in the place of the one that `address` is in.
     static bool replacePage(WatchedMapping& mapping, void const* address)
     {
         std::uintptr_t const inPage = reinterpret_cast<std::uintptr_t>(address) & (pageSize_ - 1);

@@ -25,7 +25,7 @@ public:
     // of the mapped file, which the messages name by `path`; it stays open until stop().
     void watch(std::string const& path, int descriptor, void const* address, std::size_t bytes);
 
-    // The mapping that is watched, if any, lies at `address` now and has `bytes` bytes.
+    // The mapping that is watched, if any, is at `address` now and has `bytes` bytes.
     void moveTo(void const* address, std::size_t bytes)
     {
         address_ = address;
