@@ -24,7 +24,7 @@ public:
     // when it cannot be opened.
     bool initialize();
 
-    // Prints the table's elements, a line a bucket, then how often the walk met a value being
+    // Prints the table's elements, one line per bucket, then how often the walk met a value being
     // rewritten and a chain being changed. 0, or 1 with a line on standard error when the table
     // cannot be read. Whatever the walk throws passes through, with the lines of the buckets
     // finished before on the output.

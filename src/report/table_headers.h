@@ -14,7 +14,7 @@
 namespace Quask {
 
 // The headers of a table's four files, each a consistent copy of what the writer left, whatever
-// that is: nothing is validated. All four are of one table. Nothing in it lies in a mapping.
+// that is: nothing is validated. All four are of one table. Nothing in it is in a mapping.
 struct TableHeaders
 {
     std::string directory;  // of the table's files

@@ -35,7 +35,7 @@ public:
     // Whether the mapped file is still the one that has the name; true while none is mapped.
     bool isCurrent() const { return mem.isCurrent(); }
 
-    // Whether a page of the file could not be read and was taken for zeros.
+    // Whether a page of the file could not be read and was treated as zeros.
     bool hasUnreadablePage() const { return mem.hasUnreadablePage(); }
 
     // The link that begins the chain of bucket `index`, to be loaded atomically; valid as long as

@@ -15,7 +15,7 @@ namespace Quask {
 class BucketTable : public Dovan::Debuggable
 {
 public:
-    // As it lies in the file, little-endian. The writer does not change it once the table is made.
+    // As it is in the file, little-endian. The writer does not change it after creating the table.
     struct Header
     {
         std::uint64_t magic;

@@ -9,10 +9,10 @@ namespace Quask {
 
 // Notices a chain that never ends. One slot of the chain is remembered at a time, a later one
 // whenever the chain has become twice as long, the last one when it is as long as there are slots.
-// From then on a chain whose links stand still is known to run in a circle, and comes back to that
-// slot within as many steps again. So a circle is found after at most twice as many steps as there
-// are slots, and after at most three times as many as the chain has different slots, without memory
-// for them; a chain that goes on longer was rewritten under the walk.
+// From then on a chain whose links do not change is known to run in a circle, and comes back to
+// that slot within as many steps again. So a circle is found after at most twice as many steps as
+// there are slots, and after at most three times as many as the chain has different slots, without
+// memory for them; a chain that goes on longer was rewritten under the walk.
 //
 // A writer that moves slots about may lead a walk to the same slot twice without there being a
 // circle; it rewrites the slot's next link then. So only a return to a slot whose link is still the
@@ -24,7 +24,7 @@ public:
     {
         goesOn,
         circle,    // the chain is back at a slot by a link that was followed before
-        rewritten  // the chain is longer than any whose links stand still
+        rewritten  // the chain is longer than any whose links do not change
     };
 
     // `slotCount` is at least the number of slots that a chain can lead to, and not 0.

@@ -7,7 +7,7 @@
 
 namespace Quask {
 
-// Stores the parts, streamed one behind the other, in `error`, and logs them at level 0. Always
+// Stores the parts, streamed one after the other, in `error`, and logs them at level 0. Always
 // false, the result of the check that failed.
 template <typename... Parts>
 bool failCheck(Dovan::Platform::DebugHandler& handler, std::string& error, Parts const&... parts)

@@ -6,8 +6,8 @@
 #include "table/slot_table.h"
 #include "table/vandral.h"
 
-// The headers of a table's files as text, whatever they hold. Each function replaces `out` with
-// lines that begin behind a title of the caller's: the first is the header's size. Throws
+// The headers of a table's files as text, whatever they say. Each function replaces `out` with
+// lines that begin after a title of the caller's: the first is the header's size. Throws
 // std::bad_alloc only.
 namespace Quask::QuaskTest {
 

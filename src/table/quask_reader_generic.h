@@ -29,7 +29,7 @@ public:
     explicit QuaskReaderGeneric(std::string const& tableName);
     ~QuaskReaderGeneric() override;
 
-    // Maps both files and takes the layout from the slot header, whatever the headers hold. Both
+    // Maps both files and takes the layout from the slot header, whatever the headers say. Both
     // are of one table: see attachTogether(). False when one of the files is missing, empty or
     // cannot be mapped.
     bool attach();
@@ -45,7 +45,7 @@ public:
     // Whether the mapped files are still those that have the names; true while none is mapped.
     bool isCurrent() const { return buckets.isCurrent() && slots.isCurrent(); }
 
-    // Whether a page of the files could not be read and was taken for zeros.
+    // Whether a page of the files could not be read and was treated as zeros.
     bool hasUnreadablePage() const
     {
         return buckets.hasUnreadablePage() || slots.hasUnreadablePage();

@@ -18,7 +18,7 @@ struct ScanHandler
     virtual bool done(unsigned bucket, SlotRef const& ref) = 0;
 
     // One slot of the chain of `bucket`, in the order of the chain. `ref` is the link that led to
-    // it. `valueBytes` is this handler's `data`, `length` its `size`. `lookaside` tells that the
+    // it. `valueBytes` is this handler's `data`, `length` its `size`. `lookaside` says that the
     // value was taken from the lookaside slot, `sequence` is the slot's state word that the value
     // agrees with.
     virtual bool handleSlot(unsigned bucket, SlotRef const& ref, unsigned char* valueBytes,

@@ -77,7 +77,7 @@ SlotLayout SlotReaderGenericTable::layout(unsigned valueBytes) const
 
 std::uint64_t SlotReaderGenericTable::slotCount() const
 {
-    // Slots of no bytes all lie at the same place.
+    // Slots of no bytes are all at the same place.
     std::size_t const inside = slotSize_ == 0 || slotsOffset_ > readableSize_
                                    ? 0
                                    : (readableSize_ - slotsOffset_) / slotSize_;

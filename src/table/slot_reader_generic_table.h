@@ -15,14 +15,14 @@
 
 namespace Quask {
 
-// What a table holds.
+// What is in a table.
 struct ValueFormat
 {
     std::string typeName;
     unsigned size = 0;  // bytes of a value
 };
 
-// Where the slots lie in a mapping, for as long as it is not mapped again.
+// Where the slots are in a mapping, for as long as it is not mapped again.
 struct SlotLayout
 {
     unsigned char const* slot0;
@@ -52,7 +52,7 @@ public:
     // Whether the mapped file is still the one that has the name; true while none is mapped.
     bool isCurrent() const { return mem.isCurrent(); }
 
-    // Whether a page of the file could not be read and was taken for zeros.
+    // Whether a page of the file could not be read and was treated as zeros.
     bool hasUnreadablePage() const { return mem.hasUnreadablePage(); }
 
     // Checks a fresh copy of the mapped header, from which `format` is taken. False with the reason
@@ -119,7 +119,7 @@ public:
     // Bytes that can be read of the mapping: whole pages.
     std::size_t readableSize() const { return readableSize_; }
 
-    // The value bytes of the lookaside slot. Every slot that slotAt() finds lies behind it, so as
+    // The value bytes of the lookaside slot. Every slot that slotAt() finds lies after it, so as
     // many bytes are inside the mapping here.
     unsigned char const* lookasideValue() const { return base() + fixedSize + valueOffset; }
 
@@ -139,7 +139,7 @@ public:
     // The mapped header. Precondition: attached.
     Header const& liveHeader() const { return *header; }
 
-    // Where the words of a slot lie, in bytes from its first.
+    // Where the words of a slot are, in bytes from its first.
     static constexpr std::size_t nextOffset = offsetof(Slot<EmptyValue>, next);
     static constexpr std::size_t sequenceOffset = offsetof(Slot<EmptyValue>, sequence);
     static constexpr std::size_t valueOffset = offsetof(Slot<EmptyValue>, value);

@@ -4,7 +4,7 @@
 
 namespace Quask {
 
-// A link of a bucket chain, as it lies in a table file: one aligned 64-bit word, the version in its
+// A link of a bucket chain, as it is in a table file: one aligned 64-bit word, the version in its
 // low half. The writer rewrites a link in one store that also raises the version, and does so at
 // any time: a link is only ever read by one Mem::Atomics::load64.
 struct SlotRef

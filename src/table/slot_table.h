@@ -18,7 +18,7 @@ namespace Quask {
 struct EmptyValue
 {};
 
-// One slot as it lies in the file; the value's bytes begin at `value`. Changed at any time by the
+// One slot as it is in the file; the value's bytes begin at `value`. Changed at any time by the
 // table's writer, who raises `sequence` around every change of the value.
 template <typename Value>
 struct Slot
@@ -45,7 +45,7 @@ template <>
 class SlotTable<EmptyValue> : public Dovan::Debuggable
 {
 public:
-    // As it lies in the file, little-endian.
+    // As it is in the file, little-endian.
     struct Header
     {
         std::uint64_t magic;
@@ -60,15 +60,15 @@ public:
         std::uint32_t occupiedSlots;
         std::uint32_t freeHead;            // index of the first free slot; 0xffffffff is none
         Mem::VerU32 mappedSlots = {0, 0};  // value: number of slots in the file
-        Slot<EmptyValue> lookaside;        // its value goes on behind the header, valueSize bytes
+        Slot<EmptyValue> lookaside;        // its value goes on after the header, valueSize bytes
 
-        // A consistent copy of a mapped header, which the writer may change meanwhile: repeated
-        // until mappedSlots.version was the same before and after. There is no other way to copy
-        // one.
+        // A consistent copy of a mapped header, which the writer may change during the copy:
+        // repeated until mappedSlots.version was the same before and after. There is no other way
+        // to copy one.
         Header(Header const& live);
 
-        // What a name field of this header holds: the text up to its first NUL. Where the field has
-        // none, the text goes on behind it, at most to the header's end.
+        // What a name field of this header says: the text up to its first NUL. Where the field has
+        // none, the text goes on after it, at most to the header's end.
         std::string textOf(std::array<char, 64> const& field) const;
 
         // The checksum that the descriptive fields should have.

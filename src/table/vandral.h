@@ -15,7 +15,7 @@ namespace Quask {
 class Vandral : public Dovan::Debuggable
 {
 public:
-    // As it lies in both files, little-endian. Neither magic nor version is ever checked.
+    // As it is in both files, little-endian. Neither magic nor version is ever checked.
     struct Header
     {
         std::uint64_t magic;
@@ -29,9 +29,9 @@ public:
         std::uint32_t reserved48 = 0;
         std::uint32_t reserved52;
 
-        // A consistent copy of a mapped header, which the writer may change meanwhile: repeated
-        // until notifications.version was the same before and after. There is no other way to copy
-        // one.
+        // A consistent copy of a mapped header, which the writer may change during the copy:
+        // repeated until notifications.version was the same before and after. There is no other way
+        // to copy one.
         Header(Header const& live);
     };
 

@@ -35,7 +35,7 @@ bool VandralReaderGeneric::attachOne(QuaskMem& mem, Header const*& header, unsig
         header = static_cast<Header const*>(mem.attach(onePage, Mem::Mode::read));
     }
     if (header == nullptr) {
-        // Two blanks before "vandral": the text is fixed.
+        // Two spaces before "vandral": the text is fixed.
         Dovan::trace(*handler, 0, "VandralReaderGeneric::attach() failed to attach to ", word, " ",
                      " vandral table");
         return false;

@@ -26,7 +26,7 @@ public:
     // Whether the mapped files are still those that have the names; true while none is mapped.
     bool isCurrent() const { return primary.isCurrent() && secondary.isCurrent(); }
 
-    // Whether a page of the files could not be read and was taken for zeros.
+    // Whether a page of the files could not be read and was treated as zeros.
     bool hasUnreadablePage() const
     {
         return primary.hasUnreadablePage() || secondary.hasUnreadablePage();

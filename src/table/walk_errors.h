@@ -6,7 +6,7 @@
 #include "base/debug_handler.h"
 #include "table/slot_reader_generic_table.h"
 
-// How a walk over a damaged table ends; out of the walk's way, which stays short.
+// How a walk over a damaged table ends; here, so that the walk itself stays short.
 namespace Quask {
 
 // Throws CorruptionDetectedException: the slot `index` lies outside the table or outside the mapped

@@ -19,7 +19,7 @@ struct WalkLimits
         // A writer at work may lead the walk to a slot more than once: small tables get more room.
         chainSlots = count + 16 + std::min<std::uint64_t>(1024, (1u << 20) / size);
         elements = 16 * count + std::min<std::uint64_t>(1u << 20, (1u << 30) / size);
-        // Slots that lie side by side have no more than the file, and a circle of them is found by
+        // Slots that do not overlap have no more than the file, and a circle of them is found by
         // then. A damaged header may say that they overlap.
         bool const overlap =
             slots.slotSize() < SlotReaderGenericTable::valueOffset + std::uint64_t{valueBytes};
