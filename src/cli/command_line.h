@@ -6,7 +6,7 @@
 
 namespace Quask {
 
-// What tells one program from another that takes this command line. A job returns the process's
+// What differs between the programs that take this command line. A job returns the process's
 // exit status: 0, or 1 with the reason on standard error. What it throws passes through.
 struct Program
 {
@@ -20,7 +20,7 @@ struct Program
     int (*runSingleTableJob)(Options const& options, char const* tableName);
 };
 
-// All that is behind main(): reads the command line, resolves EXPR to one table where the job needs
+// All that main() does: reads the command line, resolves EXPR to one table where the job needs
 // one, runs the job. The process's exit status: 0, or 1 with the reason on standard error. Reports
 // go to std::cout. Permutes `argv`; to be called once in a process.
 int runCommandLine(Program const& program, int argc, char** argv);

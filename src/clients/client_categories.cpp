@@ -1,4 +1,4 @@
-// Which role a process plays for a table, and what it is called.
+// Which role a process has for a table, and its name.
 
 #include <algorithm>
 #include <cstdint>

@@ -18,7 +18,7 @@ void QuaskTest::populateQuaskTableHeaderInfo(QuaskReaderGeneric& reader,
                                              VandralReaderGeneric& vandral,
                                              Model::QuaskTable& table)
 {
-    // relaxed: each figure stands for itself, as of the moment of its load.
+    // relaxed: each figure is independent, from the moment of its load.
     auto const figure = [](std::uint32_t const& live) {
         return Mem::Atomics::load32(&live, std::memory_order_relaxed);
     };

@@ -20,7 +20,7 @@ namespace {
 using Dovan::trace;
 using Dovan::Platform::DebugHandler;
 
-// The files whose mappings tell something about a client.
+// The files whose mappings say something about a client.
 constexpr std::array<std::string_view, 3> fileTypes{"slots", "vandral.1", "orvik"};
 
 bool isFileType(std::string_view fileName)
@@ -29,7 +29,7 @@ bool isFileType(std::string_view fileName)
 }
 
 // A line's tokens: 1 address range, 2 permissions, 3 offset, 4 device, 5 inode, 6 path. A path ends
-// at its first blank; what follows, as the " (deleted)" that the kernel appends, is not looked at.
+// at its first space; anything after that, as the " (deleted)" that the kernel appends, is ignored.
 std::string_view permissionsOf(std::string_view line)
 {
     return nthToken(line, 2, " ");
@@ -41,14 +41,14 @@ std::string_view pathOf(std::string_view line)
 }
 
 // False only for a line whose path cannot be that of a counted file, found without taking the line
-// apart: this decides for nearly all lines, and is to cost next to nothing beside the reading.
+// apart: this decides for nearly all lines, and must cost next to nothing compared with reading.
 bool mayCount(std::string_view line)
 {
     std::size_t const slash = line.find('/');
     if (slash == std::string_view::npos) {
         return false;
     }
-    // Without a blank behind its first slash, the line can have no slash but in its last token.
+    // Without a space after its first slash, the line can only have slashes in its last token.
     std::string_view const rest = line.substr(slash);
     return rest.find(' ') != std::string_view::npos || isFileType(behindLastSlash(rest));
 }

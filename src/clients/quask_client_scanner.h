@@ -25,9 +25,9 @@ void warnUnlessRoot(std::ostream& out);
 // Finds the processes that have table files mapped, from the lists of mappings under /proc, sorts
 // them into roles, and prints the client reports. One thread at a time.
 //
-// An mmap info string is the record of one mapping of a file that tells something about a client:
+// An mmap info string is the record of one mapping of a file that says something about a client:
 // process id, process name, permissions and file type ("slots", "vandral.1" or "orvik"), each
-// followed by a blank, as in "4711 feeder rw-s slots ".
+// followed by a space, as in "4711 feeder rw-s slots ".
 class QuaskClientScanner : public QuaskScannerBase
 {
 public:
@@ -77,7 +77,7 @@ public:
     void extractMmapInfo(String const& rootPath, String const& mapsPath,
                          std::vector<std::string>& infoList) const;
 
-    // The mmap info strings of all processes for all tables, wherever they lie: `rootPath` is for
+    // The mmap info strings of all processes for all tables, in any directory: `rootPath` is for
     // the diagnostics only. Throws Dovan::RuntimeException when /proc cannot be read.
     TableToInfoMap extractMmapInfoByTable(String const& rootPath) const;
 
@@ -101,7 +101,7 @@ public:
                           QuaskClientList& keyShadowReaders, QuaskClientList& shadowAndKeyShadow,
                           QuaskClientList& allReaders) const;
 
-    // Puts what is in `minuend` and not in `subtrahend` in front of `result`, in order; when either
+    // Puts what is in `minuend` and not in `subtrahend` before `result`, in order; when either
     // is empty, `result` becomes `minuend`. An element of `subtrahend` takes away one equal
     // element. Sorts the first two.
     void computeSetDifference(QuaskClientList& minuend, QuaskClientList& subtrahend,

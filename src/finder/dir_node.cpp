@@ -43,7 +43,7 @@ DirNode::DirNode(Dovan::Platform::DebugHandler& sharedHandler, std::string const
     Dovan::trace(*handler, 9, "DirNode::DirNode() path: ", path_);
     dir_ = openDirectory(path_, parent_ == nullptr ? nullptr : parent_->dir_);
     if (dir_ == nullptr) {
-        // The first three are what a directory that others remove or forbid meanwhile looks like.
+        // The first three are what a directory looks like that others remove or forbid now.
         int const error = errno;
         int const level = error == EACCES || error == ENOENT || error == ENOTDIR ? 5 : 1;
         Dovan::trace(*handler, level, "DirNode::DirNode() failed to open ", path_,

@@ -15,7 +15,7 @@
 namespace Quask {
 namespace {
 
-// What the path of a matching directory, behind that of the root directory, looks like.
+// What the path of a matching directory looks like after that of the root directory.
 std::string relativePattern(std::string_view expr)
 {
     if (expr.empty()) {
@@ -61,7 +61,7 @@ bool TableFinder::find(char const* expr)
             }
             continue;
         }
-        // Also left out is an entry whose type the file system does not tell.
+        // Also left out is an entry whose type the file system does not give.
         if (entry->d_type != DT_REG || !Util::isQuaskFile(*handler, entry->d_name) ||
             fnmatch(pattern.c_str(), current->path().c_str(), 0) != 0) {
             continue;

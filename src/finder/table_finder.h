@@ -28,9 +28,9 @@ public:
     // directory itself matches and holds a table file.
     //
     // An `expr` that begins with "/" is the beginning of a path below the root directory; any other
-    // may stand anywhere in that path; the empty one designates every table. `expr` may be a
-    // shell's pattern, whose * and ? stand for a slash, too. It is matched with the root directory
-    // in front, which is read as a pattern as well.
+    // may be anywhere in that path; the empty one designates every table. `expr` may be a
+    // shell's pattern, whose * and ? also match a slash. It is matched after the root directory,
+    // which is read as a pattern as well.
     //
     // A directory yields its name at the first table file read, and nothing in it is visited after
     // that. So a table inside another table's directory is found only when it comes first.
