@@ -15,7 +15,7 @@ if(QUASK_SANITIZE)
         -fsanitize=${QUASK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(quask_options INTERFACE -fsanitize=${QUASK_SANITIZE})
     # ThreadSanitizer does not know fences, and g++ warns of each. Here every access to what they order
-    # is atomic itself, so there is nothing that it could misjudge for that.
+    # is atomic itself, so this can cause no wrong reports.
     if(QUASK_SANITIZE MATCHES "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         target_compile_options(quask_options INTERFACE -Wno-tsan)
     endif()
@@ -30,8 +30,8 @@ else()
     target_link_options(quask_options INTERFACE -Wl,-z,relro -Wl,-z,now)
 endif()
 
-# Library code is compiled once for the tool and once more for nobody: the checked containers are a
-# matter of the whole build, so the presets that test switch them on.
+# The checked containers concern the whole build, whose library code is compiled only once: the presets
+# that test turn them on.
 option(QUASK_CHECKED_LIBRARY "Build with the standard library's assertions" OFF)
 if(QUASK_CHECKED_LIBRARY)
     target_compile_definitions(quask_options INTERFACE _GLIBCXX_ASSERTIONS)

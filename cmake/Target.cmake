@@ -1,4 +1,4 @@
-# What is refused when the build is configured, instead of being met at run time.
+# What is refused when the build is configured, so that it does not fail at run time.
 
 # quask_check_target(BYTES_OF_A_POINTER BYTE_ORDER): the files of a table are 64-bit and little-endian.
 function(quask_check_target pointer_size byte_order)

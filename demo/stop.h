@@ -9,8 +9,8 @@ namespace Demo {
 using Clock = std::chrono::steady_clock;
 
 // Whether a demonstration is to stop: at SIGINT, SIGTERM or SIGHUP, which no longer end the process
-// by themselves, or when the partner behind its standard input, a pipe or a terminal, goes away.
-// One object a process, made before any thread.
+// by themselves, or when its standard input, a pipe or a terminal, ends.
+// One object per process, made before any thread.
 class Stop
 {
 public:

@@ -25,7 +25,7 @@ constexpr std::size_t fileCount = QuaskTesting::allTableFiles.size();
 //     1 byte   made during the run: how many loads from the table after the edit before it
 //     1 byte   unless this sets the length: the number of bytes that follow and are written there
 //
-// Positions are taken modulo maximumFileSize. Writing behind a file's end lengthens it. During the
+// Positions are taken modulo maximumFileSize. Writing after a file's end lengthens it. During the
 // run, as with any sound writer, a file is never cut.
 class EditedTable
 {

@@ -39,7 +39,7 @@ private:
 
     std::array<int, fileCount> descriptors_;
     EditedTable::Edit const* nextEdit_ = nullptr;
-    EditedTable::Edit const* lastEdit_ = nullptr;  // the one behind the last
+    EditedTable::Edit const* lastEdit_ = nullptr;  // the one after the last
     unsigned waited_ = 0;                          // loads since the edit before nextEdit_
 };
 

@@ -1,5 +1,5 @@
 // Reads the lists of mappings of some processes and sorts the clients of one table into roles. The
-// input is the text of the lists, one behind the other: a line that begins with "#" ends one and
+// input is the text of the lists, one after the other: a line that begins with "#" ends one and
 // begins the next. Searching for one table and searching for all must find the same for that one.
 
 #include <algorithm>

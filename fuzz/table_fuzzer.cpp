@@ -1,5 +1,5 @@
 // Scans a table and reports its headers, whatever its files hold and whatever its writer does
-// meanwhile; see edited_table.h for what an input means. Described ends are a result and an
+// at the same time; see edited_table.h for what an input means. Described ends are a result and an
 // exception of the tool's own. Where nobody changes the table, the style of the values must not
 // matter for how the scan ends, nor that they are printed as JSON, nor whether chains are read in
 // batches for what it prints.

@@ -20,7 +20,7 @@ struct Options
 };
 
 // Reads the command line. Options may be anywhere; of the other arguments the first is EXPR and
-// the rest are ignored. An option that is not known is complained of on standard error and ignored.
+// the rest are ignored. An option that is not known is reported on standard error and ignored.
 // Permutes `argv`. To be called once in a process.
 Options parseOptions(int argc, char** argv);
 
