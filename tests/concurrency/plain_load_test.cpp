@@ -8,7 +8,7 @@
 #include "support/table_writer.h"
 #include "table/quask_reader_generic.h"
 
-// A test of the tests beside it: they would be told of a load that is not atomic.
+// A test of the other tests here: they would notice a load that is not atomic.
 namespace {
 
 using namespace QuaskTesting;

@@ -1,5 +1,5 @@
 // A writer and a walk in two threads of one process, for ThreadSanitizer to look at both: all words
-// that they share go through atomics, so there is no race to report. It can tell only where both
+// that they share go through atomics, so there is no race to report. It only knows where both
 // have the files mapped at the same place, see one_mapping.cpp. What is read is checked, too.
 
 #include <gtest/gtest.h>

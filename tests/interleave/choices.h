@@ -8,7 +8,7 @@
 namespace QuaskTesting {
 
 // Takes a row of executions through all ways in which they can go, where what has been chosen so
-// far decides which choices there are: a search, depth first, that begins anew for each way.
+// far decides which choices there are: a search, depth first, that begins again for each way.
 class Choices
 {
 public:

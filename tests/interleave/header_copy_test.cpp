@@ -7,8 +7,8 @@
 #include "interleave/memories.h"
 #include "support/proving_headers.h"
 
-// Copies of headers beside a writer that may do its next store in front of any load, and on a
-// machine that may show it the stores in any order that the language allows.
+// Copies of headers during the work of a writer that may do its next store before any load, and on
+// a machine that may show it the stores in any order that the language allows.
 namespace {
 
 using namespace QuaskTesting;
@@ -104,7 +104,7 @@ TYPED_TEST(HeaderCopy, ShowsASlotHeaderThatPassesItsChecksWhateverIsDone)
     report(all);
 }
 
-// Tests of the tests: headers that are not kept by the book give copies that never were. The
+// Tests of the tests: headers whose writer breaks the protocol give copies that never were. The
 // recorded stores are then changed.
 template <typename Memory>
 std::string violationBesideVandralWriter(void (*change)(std::vector<StoreStep>&))

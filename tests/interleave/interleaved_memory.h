@@ -8,8 +8,8 @@
 namespace QuaskTesting {
 
 // The memory of a machine that makes one access after the other, in some order of the two programs:
-// the writer may make any number of its stores in front of each of the reader's loads. The stores
-// that are left over come behind the reader's end.
+// the writer may make any number of its stores before each of the reader's loads. The stores
+// that are left over come after the end of the reader.
 //
 // All those schedules are covered, without running each:
 //
@@ -20,7 +20,7 @@ namespace QuaskTesting {
 // - An execution makes a store as late as its values allow: at the earliest moment, from the
 //   present one on, at which the word holds the value chosen. Where another schedule is further on,
 //   all that it can still show this schedule can show as well, since it may wait until then.
-//   So a value that some schedule shows behind the same values is among the choices.
+//   So a value that some schedule shows after the same values is among the choices.
 // - The schedules that an execution stands for are those rows of moments k1 <= k2 <= ..., one for
 //   each load, in which each is a moment at which that load's word holds the value loaded. They are
 //   counted by dynamic programming over the loads, and each schedule belongs to one execution, the

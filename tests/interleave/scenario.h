@@ -19,7 +19,7 @@ namespace QuaskTesting {
 // Where the reader has the files of its table mapped.
 ScheduledMemory::PlaceOf placesIn(Quask::QuaskReaderGeneric const& reader);
 
-// Keeps the page behind the reader's slots as long as it lives, so that the mapping has to move
+// Keeps the page after the reader's slots as long as it lives, so that the mapping has to move
 // when it is to have one page more.
 class Obstacle
 {
@@ -50,7 +50,7 @@ struct ByChainWalk
 template <typename Checks = Quask::AllWalkChecks>
 using InBatches = ByChainWalk<Checks, BatchRecorder>;
 
-// A small table to which a writer does something, and whose readers are looked at meanwhile. One at
+// A small table to which a writer does something, and whose readers are observed at that time. One at
 // a time. `Memory` is InterleavedMemory or WeaklyOrderedMemory, made with `arguments`.
 class Scenario
 {
@@ -72,7 +72,7 @@ public:
     // Whether all operations could be done.
     bool isPossible() const { return possible_; }
 
-    // The stores that they made. A test may change them, for a writer that does not go by the book.
+    // The stores that they made. A test may change them, for a writer that breaks the protocol.
     std::vector<StoreStep> stores;
 
     SmallTable& table() { return table_; }

@@ -109,7 +109,7 @@ private:
     std::vector<Load> loads_;
 };
 
-// Sends the loads of the reader's code to `memory` as long as it lives. `placeOf` tells which byte
+// Sends the loads of the reader's code to `memory` as long as it lives. `placeOf` says which byte
 // of which file an address in the reader's mappings is.
 class SchedulesLoads
 {

@@ -37,7 +37,7 @@ public:
     explicit SmallTable(Shape const& shape);
 
     // What the writer does, if it is possible: an element that is there is not inserted, one that
-    // is not there neither changed nor removed. The result tells.
+    // is not there neither changed nor removed. The result says so.
     bool insert(std::uint32_t key, std::uint32_t bucket);
     bool update(std::uint32_t key);
     bool remove(std::uint32_t key);

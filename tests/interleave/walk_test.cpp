@@ -4,8 +4,8 @@
 #include "interleave/operation_name.h"
 #include "interleave/scenario.h"
 
-// Walks beside a writer that may do its next store in front of any load, and on a machine that may
-// show it the stores in any order that the language allows.
+// Walks during the work of a writer that may do its next store before any load, and on a machine
+// that may show it the stores in any order that the language allows.
 namespace {
 
 using namespace QuaskTesting;

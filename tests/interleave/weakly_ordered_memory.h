@@ -23,7 +23,7 @@ struct LostOrders
 //
 // - A load is never shown an older store to a byte than a load before it was (coherence), nor one
 //   older than the reader's view: the moment such that all stores up to it have happened before.
-// - The view grows with an acquire load, or a relaxed one and an acquire fence behind it, when what
+// - The view grows with an acquire load, or a relaxed one and an acquire fence after it, when what
 //   was shown is a release store, or a relaxed one with a release fence before it: up to that
 //   store, or to that fence.
 // - A word is shown as it is at one moment: stores and aligned loads are single accesses.
@@ -55,7 +55,7 @@ private:
 
     LostOrders const lost_;
     Moment view_ = 0;
-    Moment behindFence_ = 0;     // what the view is behind the next acquire fence
+    Moment behindFence_ = 0;     // what the view is after the next acquire fence
     Moment shownLength_ = 0;     // the moment as of which the length of the slot file was shown
     std::vector<Moment> views_;  // of each load, the view before it
     // For each byte of a file, the moment as of which it was shown last.

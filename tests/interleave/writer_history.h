@@ -22,7 +22,7 @@ struct Place
     bool operator==(Place const&) const = default;
 };
 
-// A table at every moment of a writer's run, before the first store and behind each: the bytes of
+// A table at every moment of a writer's run, before the first store and after each: the bytes of
 // its files, and what a reader finds that meets a writer at rest.
 class WriterHistory
 {
@@ -40,10 +40,10 @@ public:
     // then passes an acquire fence or had loaded it with acquire.
     Moment shownBy(Moment moment) const { return shownBy_[moment - 1]; }
 
-    // The moments behind the stores that changed some of these bytes.
+    // The moments after the stores that changed some of these bytes.
     Moments storesTo(Place const& place) const;
 
-    // The word's bytes, the first in the low ones; what lies behind the file's end is 0.
+    // The word's bytes, the first in the low ones; what lies after the file's end is 0.
     std::uint64_t wordAt(Place const& place, Moment moment) const;
 
     std::string const& contents(TableFile file, Moment moment) const
@@ -54,7 +54,7 @@ public:
     // When the slot was in the bucket's chain with just this value.
     Moments momentsOf(std::uint32_t bucket, std::uint32_t slot, std::string_view value) const;
 
-    // When the element, which its value tells, was in the bucket's chain.
+    // When the element, as its value says, was in the bucket's chain.
     struct Presence
     {
         std::uint32_t bucket;
