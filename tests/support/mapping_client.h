@@ -9,7 +9,7 @@
 namespace QuaskTesting {
 
 // A process that has files mapped, each as FILE:r or FILE:rw, from the constructor's return on and
-// until the object's end. Test programs that use it are told where the program is.
+// until the object's end. Test programs that use it know where the program is.
 class MappingClient : public ChildProcess
 {
 public:

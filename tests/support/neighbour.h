@@ -5,11 +5,11 @@
 
 namespace QuaskTesting {
 
-// While it lives, the page behind a mapping is taken, so that the mapping cannot grow where it is.
+// While it lives, the page after a mapping is taken, so that the mapping cannot grow where it is.
 class Neighbour
 {
 public:
-    // `end` is the first address behind the mapping's last page.
+    // `end` is the first address after the mapping's last page.
     explicit Neighbour(void const* end)
         : address_(mmap(const_cast<void*>(end), 1, PROT_NONE,
                         MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0))

@@ -75,7 +75,7 @@ TEST_F(OwnNamespaces, LetAFileSystemFillUp)
 class Unprivileged : public testing::Test
 {
 protected:
-    // What a file without permissions holds for who runs `command` with its path behind it.
+    // What a file without permissions holds for who runs `command` with its path after it.
     std::string readWith(Command command) const
     {
         std::string const path = root.writeFile("file", "secret");

@@ -7,7 +7,7 @@
 #include "support/table_writer.h"
 
 // Headers that prove themselves: a row of changes after which a copy shows whether it is the header
-// as it was at one moment. TableWriter tells why such a copy is all that a reader can get.
+// as it was at one moment. TableWriter says why such a copy is all that a reader can get.
 namespace QuaskTesting {
 
 namespace Detail {

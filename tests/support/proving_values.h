@@ -12,7 +12,7 @@
 // Values that prove themselves: from its bytes alone each shows whether it is whole, which element
 // it is, how often that was changed, and to which bucket it belongs.
 //
-// From 16 bytes on the first word is {key, generation}, each of 32 bits, and every word behind it
+// From 16 bytes on the first word is {key, generation}, each of 32 bits, and every word after it
 // is mixed from that one and its position, the last one cut to what there is room for. From 8 to 15
 // bytes the first word is key (24 bits), generation (24 bits) and 16 bits mixed from the two. A mix
 // of two values passes for whole once in 2^64 for each word that is another's, once in 2^16 where

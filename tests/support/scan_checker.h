@@ -15,7 +15,7 @@ struct ScanCounts
     std::uint64_t scans = 0;
     std::uint64_t elements = 0;
     std::uint64_t lookasideValues = 0;  // marked "*"
-    std::uint64_t lookasideHits = 0;    // as told at the end of the scans
+    std::uint64_t lookasideHits = 0;    // as printed at the end of the scans
     std::uint64_t restarts = 0;         // likewise
 };
 
@@ -51,7 +51,7 @@ private:
     std::vector<std::uint32_t> generations_;  // the newest shown of each hot element
     std::string value_;
     std::uint64_t nextBucket_ = 0;
-    std::string tail_;  // what came behind the lines of buckets
+    std::string tail_;  // what came after the lines of buckets
     ScanCounts counts_;
     std::vector<std::string> violations_;
     std::uint64_t violationCount_ = 0;

@@ -21,22 +21,22 @@
 //      sequence and next, and a mappedSlots that counts the slot.
 //   2. Store of `sequence` with the lookaside bit, release / first load of `sequence`, acquire. Who
 //      sees the bit sees the slot's value in the lookaside slot.
-//   3. Release fence between that store and the first word of the new value / acquire fence behind
+//   3. Release fence between that store and the first word of the new value / acquire fence after
 //      the copy. Who copied a word of the new value sees `sequence` changed.
 //   4. Store of `sequence` without the bit, release / first load of `sequence`, acquire. Who sees
 //   it
 //      sees the whole new value.
 //   5. Release fence between that store and the next overwriting of the lookaside slot / acquire
-//      fence behind the copy. Who copied a word of another slot's value there sees the `sequence`
+//      fence after the copy. Who copied a word of another slot's value there sees the `sequence`
 //      of the slot that it was after changed.
 //   6. Release fence between the store that took a slot out of its chain and the first word of the
-//      value with which it is used again / acquire fence behind the copy. Who stands on the slot by
+//      value with which it is used again / acquire fence after the copy. Who stands on the slot by
 //      the old link and copied such a word sees that link's version changed.
 //   7. Store of `next` of a slot that was taken out, release / load of `next`, acquire. Who goes on
 //      by it sees the version of the link that led to the slot changed.
-//   8. Store of a header's word, release / acquire load of the version in front of a header copy,
+//   8. Store of a header's word, release / acquire load of the version before a header copy,
 //   and
-//      the acquire fence behind it: see TableWriter.
+//      the acquire fence after it: see TableWriter.
 // On x86-64 none of these costs an instruction.
 namespace QuaskTesting {
 
@@ -130,7 +130,7 @@ inline std::uint32_t loadOwn32(void const* address)
 
 // Stores `size` bytes of private memory at `address`, which is aligned to 8 bytes: front to back in
 // relaxed words of 8 bytes, the rest in one of 4 and in single bytes. A reader may see any mixture
-// of old and new words until something behind it is released.
+// of old and new words until something after it is released.
 inline void storeBytes(void* address, void const* data, std::size_t size)
 {
     auto* to = static_cast<std::byte*>(address);

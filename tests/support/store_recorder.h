@@ -24,7 +24,7 @@ struct StoreStep
     std::string bytes = {};
 
     // Who sees the store sees the stores before it, too; whether that is its own doing, or that of
-    // a fence between it and the store before it, which works for all stores behind the fence.
+    // a fence between it and the store before it, which works for all stores after the fence.
     bool released = false;
     bool fenced = false;
 
@@ -90,7 +90,7 @@ public:
     StoreReplay& operator=(StoreReplay const&) = delete;
     ~StoreReplay();
 
-    // Puts the kept contents back, lengths included. Who has mapped what then lies behind a file's
+    // Puts the kept contents back, lengths included. Who has mapped what is then after a file's
     // end must not touch it until the file is lengthened again.
     void restore();
 

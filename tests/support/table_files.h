@@ -96,8 +96,8 @@ struct TableImage
     // A table without buckets and slots for values of this type name and size in bytes.
     static TableImage of(std::string_view valueType, std::uint32_t valueSize);
 
-    // The image of the files in `directory`, complete but for what lies behind the last slot and
-    // behind the vandral headers. Throws std::runtime_error when a file is missing or too short for
+    // The image of the files in `directory`, complete but for what lies after the last slot and
+    // after the vandral headers. Throws std::runtime_error when a file is missing or too short for
     // what its header counts.
     static TableImage load(std::string const& directory);
 
@@ -107,7 +107,7 @@ struct TableImage
     // Makes it this many slots, the new ones in no chain and not in the free list.
     TableImage& slots(std::uint32_t count);
 
-    // Links these elements, the head first, behind `bucket`, adding the slots that are missing and
+    // Links these elements, the head first, after `bucket`, adding the slots that are missing and
     // counting them as occupied. Versions and sequences stay. The bucket must exist.
     TableImage& chain(std::uint32_t bucket, std::vector<Element> const& elements);
 

@@ -5,8 +5,8 @@
 #include "support/shared_store.h"
 #include "support/table_writer.h"
 
-// What a writer mends that takes a table over. Readers may be walking it meanwhile, and this writer
-// may die as well: each store leaves a table that can be taken over.
+// What a writer mends that takes a table over. Readers may be walking it at the same time, and this
+// writer may die as well: each store leaves a table that can be taken over.
 namespace QuaskTesting {
 
 using namespace SharedStore;

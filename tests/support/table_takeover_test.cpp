@@ -38,7 +38,7 @@ private:
     int left_;
 };
 
-// Whether the operation has more stores than these, and so dies behind the last of them.
+// Whether the operation has more stores than these, and so dies after the last of them.
 template <typename Operation>
 bool diesAfter(int stores, Operation&& operation)
 {
@@ -74,7 +74,7 @@ protected:
         writer.insert(1, "head of it..");
     }
 
-    // The table must show the elements as they were before the operation or behind it.
+    // The table must show the elements as they were before the operation or after it.
     void expectShown(Values const& before, Values const& after) const
     {
         EXPECT_TRUE(hasValidHeader(fileContents(directory, TableFile::slots)));
@@ -97,7 +97,7 @@ protected:
         expectSoundLists(TableImage::load(directory));
     }
 
-    // The writer dies before each of the operation's stores and behind the last; then the one that
+    // The writer dies before each of the operation's stores and after the last; then the one that
     // takes over dies before each of its own, before a third mends what is left.
     template <typename Operation>
     void dieAtEveryStore(Operation&& operation)

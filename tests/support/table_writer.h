@@ -23,7 +23,7 @@ struct TableShape
 };
 
 // The writer of one table, which it makes or takes over. Readers may have the files mapped all the
-// time. One writer a table and one thread a writer; what its stores promise to readers is told in
+// time. One writer per table and one thread per writer; what its stores promise to readers is in
 // shared_store.h.
 //
 // All it knows of the table's state is in the files: when their contents are put back to an earlier
@@ -40,7 +40,7 @@ public:
     TableWriter(std::string const& directory, TableShape const& shape);
 
     // Takes over the table in `directory` from a writer that died: finishes its last update, puts
-    // slots that it had in hand back to the free list, counts the occupied slots anew and makes
+    // slots that it had in hand back to the free list, counts the occupied slots again and makes
     // this process the owner. Stores nothing that is right already. Throws std::system_error when a
     // file is missing, std::runtime_error when the contents cannot be a dead writer's.
     explicit TableWriter(std::string const& directory);
@@ -70,20 +70,20 @@ public:
     //
     // A reader copies a header by loading a version (notifications.version of a vandral header,
     // mappedSlots.version of the slot header), copying, and loading the version again; it takes the
-    // copy when the two are the same. That tells it that the version stood still, not that the
+    // copy when the two are the same. That shows that the version did not change, not that the
     // writer was at rest. So it is not enough to change the version before and after a change of
     // several words: a copy that falls between the two has seen the same version twice and half a
     // change. What keeps a copy from mixing two states is this:
     //   1. A change is a row of steps, each the store of one word, and what the header promises
     //      holds after each step.
-    //   2. The version changes behind each step, before the next one.
+    //   2. The version changes after each step, before the next one.
     // Step and version are release stores. Then a copy that is taken holds everything stored before
-    // the version that it loaded first (acquire), and nothing stored behind the version after that
+    // the version that it loaded first (acquire), and nothing stored after the version after that
     // one (else the acquire fence would have made the second load see it). Between those two lies
     // the store of a single word, old or new: the copy shows the header as it was at one moment.
     //
     // occupiedSlots and freeHead change with every element and without a version. A copy promises
-    // of them only that they are not beyond the count of the same copy; they are stored behind the
+    // of them only that they are not beyond the count of the same copy; they are stored after the
     // mappedSlots that admits them, so a copy that has the later one has seen the version change.
 
     // One step of the header of "vandral.1", then notifications {version + 1, value + 1}.
@@ -106,7 +106,7 @@ public:
     std::uint32_t slots() const;          // present in the file
     std::uint32_t occupiedSlots() const;  // in a chain
 
-    // The file that `address`, an address told to a store observer, lies in, and where in it.
+    // The file that `address`, as a store observer gets it, is in, and where in it.
     struct Place
     {
         TableFile file;

@@ -16,12 +16,12 @@ public:
     WritableFile& operator=(WritableFile const&) = delete;
     ~WritableFile();
 
-    // Maps the first `span` bytes, once. The file may be shorter: what lies behind its last page
+    // Maps the first `span` bytes, once. The file may be shorter: what lies after its last page
     // may be touched as soon as the file has been lengthened, so the mapping never has to move.
     std::byte* map(std::uint64_t span);
 
-    // Makes the file at least `size` bytes long, zeros behind what it had, with memory behind it. A
-    // store observer is told before.
+    // Makes the file at least `size` bytes long, zeros after what it had, with memory behind it. A
+    // store observer is called before that.
     void lengthen(std::uint64_t size);
 
     std::uint64_t size() const;
