@@ -132,7 +132,7 @@ TEST_F(AllMappedClientsTest, AProcessInTwoTablesHasItsCommandLineReadOnce)
     EXPECT_EQ(lines, expected);
 }
 
-// The directory's name begins with a blank, and the path is seen up to it: no name is left.
+// The directory's name begins with a space, and the path is seen up to it: no name is left.
 TEST_F(AllMappedClientsTest, AProcessWithoutANameEndsTheReports)
 {
     ProgramCopy const program(MAPPING_CLIENT, " bin/client");

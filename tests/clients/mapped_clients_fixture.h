@@ -55,7 +55,7 @@ protected:
         return "mapping_client-" + std::to_string(client.pid()) + "(mapping_client) ";
     }
 
-    // What the report on the table says behind its title and figures.
+    // What the report on the table says after its title and figures.
     std::string clientsOf(char const* table)
     {
         std::string const text =

@@ -184,7 +184,7 @@ TEST_F(ProcessMapsTest, HostileLinesDoNoHarm)
 TEST_F(ProcessMapsTest, TheQuickLookAtALineFindsWhatTakingItApartFinds)
 {
     // With level 9 enabled every line is taken apart, else only those that may count. All lines of
-    // up to six of these tokens, with the blanks in between:
+    // up to six of these tokens, with the spaces in between:
     Lines const pieces{"a", "/slots", "x/orvik", "vandral.1", "/vandral.1/", " "};
     std::string contents = executable;
     std::size_t count = 1;

@@ -63,7 +63,7 @@ begin
 rm "$work/bin/ninja" "$work/bin/c++"
 expect 1 "$(paste 'g++ ninja-build')" 'need "${build_packages[@]}"'
 
-# A user who cannot become root is told the same.
+# A user who cannot become root gets the same message.
 program apt-get 'echo called'
 program id 'echo 1000'
 expect 1 "$(paste ninja-build)" 'need cmake ninja-build'

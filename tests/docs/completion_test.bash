@@ -9,7 +9,7 @@ failures=0 count=0
 compopt() { options=$*; }
 
 # offers WORDS EXPECTED OPTIONS: completes the last of the array WORDS. EXPECTED is what is offered,
-# sorted, with a "|" behind each; OPTIONS is what readline is told about it.
+# sorted, with a "|" after each; OPTIONS is what compopt gets.
 offers()
 {
     local -n words=$1

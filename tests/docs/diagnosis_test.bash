@@ -1,5 +1,5 @@
 # diagnosis_test.bash QUASK WITHOUT_ATOMICS LIVE_WRITER MAPPING_CLIENT DOCUMENT: what the document shows of each fault is
-# what quask prints. A case is a comment <!-- fault: COMMANDS --> and, behind it, a block that begins
+# what quask prints. A case is a comment <!-- fault: COMMANDS --> and, after it, a block that begins
 # with the command that an operator gives. COMMANDS bring the fault about, run by bash in the directory
 # of the table "feed/eq", which is sound at the beginning of each case. Lines are compared in any order, as
 # directories name what is in them in any order.

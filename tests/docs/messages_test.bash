@@ -1,4 +1,4 @@
-# messages_test.bash SOURCES MANUAL: the manual page tells of every message that the sources below
+# messages_test.bash SOURCES MANUAL: the manual page has every message that the sources below
 # SOURCES print outside their reports, or end a run with.
 
 sources=$1

@@ -1,5 +1,5 @@
 # options_test.bash QUASK MANUAL COMPLETION: the help text, the manual page and what the bash
-# completion offers tell of the same options.
+# completion offers are the same options.
 
 quask=$1 manual=$2 completion=$3
 

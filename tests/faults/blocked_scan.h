@@ -24,7 +24,7 @@ public:
     {
         pipe_.closeEnd(1);
         char byte = 0;
-        // The first byte comes with the rest of the buffer right behind it.
+        // The first byte comes with the rest of the buffer right after it.
         if (read(pipe_.ends[0], &byte, 1) != 1) {
             throw std::runtime_error("a scan ended early: " + process_.finish().err);
         }

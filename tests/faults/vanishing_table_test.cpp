@@ -1,4 +1,4 @@
-// What happens to a table's files while they are scanned. The scan stands still meanwhile.
+// What happens to a table's files while they are scanned. The scan waits during that time.
 
 #include <gmock/gmock.h>
 

@@ -8,7 +8,7 @@
 namespace QuaskTesting {
 
 // Runs a scan and checks its lines while they come. An empty text when the scan ended well, else
-// how it ended; what is wrong with lines is told to the checker only.
+// how it ended; only the checker knows what is wrong with lines.
 std::string checkedScan(Command command, ScanChecker& checker);
 
 }  // namespace QuaskTesting

@@ -191,7 +191,7 @@ TEST_F(BucketReaderTest, ACountWhoseSizeWrapsIsStoppedAtTheEndOfTheMapping)
     EXPECT_EQ(table.bucketCount(), 0x20000003u);
     EXPECT_EQ(table.readableBuckets(), 509u);
     EXPECT_EQ(table.getRef(1).index, 7u);
-    // Behind the end of the file, on its last page.
+    // After the end of the file, on its last page.
     EXPECT_EQ(table.getRef(3).index, 0u);
     expectOutside(509,
                   "BucketReader::getRef() outside the mapped file, index:509 offset:4096 "

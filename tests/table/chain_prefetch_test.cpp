@@ -1,4 +1,4 @@
-// What looking ahead must not do: it shows in nothing that a walk tells, but a stray load would end
+// What looking ahead must not do: nothing that a walk reports shows it, but a stray load would end
 // the process.
 
 #include "table/chain_prefetch.h"

@@ -232,7 +232,7 @@ TEST_F(ChainWalkCorruptionTest, ABucketCountThatWrapsEndsTheWalkWhereTheMappingE
         "mapped:4096");
     ASSERT_EQ(handler.lines.size(), 3u + 1 + 2 * 506);
     EXPECT_EQ(handler.lines[3], "2: done");
-    // Behind the file's end every link leads to slot 0.
+    // After the file's end every link leads to slot 0.
     EXPECT_EQ(handler.lines[4], "3: slot 0 01000000");
     EXPECT_EQ(handler.lines.back(), "508: done");
 }

@@ -101,7 +101,7 @@ TEST_F(ChainWalkCycleTest, AChainOfAllSlotsIsNoCircle)
     EXPECT_EQ(handler.lines.size(), 5001u);
 }
 
-// Behind slot 0 the writer takes slot 0 away and puts it in again at the end: the walk meets it
+// After slot 0 the writer takes slot 0 away and puts it in again at the end: the walk meets it
 // twice, the second time with a rewritten link.
 TEST_F(ChainWalkCycleTest, ASlotThatAWriterPutsInAgainIsNoCircle)
 {

@@ -1,4 +1,4 @@
-// Slots and links that change between any two loads of a walk: what the handler is told then, and
+// Slots and links that change between any two loads of a walk: what the handler gets then, and
 // what is counted.
 
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@ using namespace QuaskTesting;
 class ChainWalkLoadsTest : public WalkFixture
 {
 protected:
-    // What a walk of bucket 0 told the handler and what it counted.
+    // What a walk of bucket 0 gave the handler and what it counted.
     struct Outcome
     {
         Lines lines;
@@ -25,7 +25,7 @@ protected:
         bool operator==(Outcome const&) const = default;
     };
 
-    // Each outcome once, in the order in which they come about when `change` is made in front of
+    // Each outcome once, in the order in which they come about when `change` is made before
     // the walk's first load, its second, and so on.
     template <typename Change>
     std::vector<Outcome> outcomes(Change&& change)

@@ -137,7 +137,7 @@ TEST(FormatSlotsHeader, AnEmptyFreeListHasNoHead)
     EXPECT_EQ(lineOf(slotsText(image), "Head of free list: "), "4294967294");
 }
 
-// No bound of the field's own: what stands behind it is shown, up to a NUL.
+// No bound of the field's own: what follows it is shown, up to a NUL.
 TEST(FormatSlotsHeader, ANameThatFillsItsFieldGoesOnBehindIt)
 {
     auto image = TableImage::of(std::string(64, 'v'), 4);

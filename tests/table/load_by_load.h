@@ -4,7 +4,7 @@
 
 namespace QuaskTesting {
 
-// While it lives, `action` is carried out in front of every load from shared memory, with the
+// While it lives, `action` is carried out before every load from shared memory, with the
 // number of the load, from 1 on. In a program that is built with QUASK_INTERLEAVE. One at a time.
 class LoadByLoad
 {
@@ -24,7 +24,7 @@ private:
     unsigned count_ = 0;
 };
 
-// For LoadByLoad: an action in front of one load only.
+// For LoadByLoad: an action before one load only.
 template <typename Action>
 std::function<void(unsigned load)> atLoad(unsigned when, Action action)
 {

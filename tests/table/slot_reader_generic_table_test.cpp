@@ -149,7 +149,7 @@ TEST_F(SlotReaderTest, ASlotIsFoundUpToTheEndOfTheLastPage)
     image.slots(1000);
     image.resize(TableFile::slots, 300);
     ASSERT_TRUE(attach());
-    // Slot 161 ends at 4088, behind the end of the file.
+    // Slot 161 ends at 4088, after the end of the file.
     EXPECT_EQ(offsetInMapping(table.slotAt(161, 8)), 4064u);
     EXPECT_EQ(word32(table.slotAt(161, 8) + 12), 0u);
     EXPECT_NE(table.slotAt(161, 16), nullptr);

@@ -25,7 +25,7 @@ using testing::IsEmpty;
 class SlotTableGrowthTest : public testing::Test
 {
 protected:
-    // As the writer does: the file first, the count behind it.
+    // As the writer does: the file first, the count after it.
     void growTo(std::uint32_t count, std::uint32_t version)
     {
         slots.resize(slotsFileSize(image.slotsHeader.slotSize, count));

@@ -155,7 +155,7 @@ TEST_F(SlotHeaderTest, AnotherChecksumFailsAndBothAreShownInHexadecimal)
     expectFailure(expected.str(), 200);
 }
 
-// The whole field counts, also behind the name's end.
+// The whole field counts, also after the name's end.
 TEST_F(SlotHeaderTest, AChangeOfAnyDescriptiveFieldFailsTheChecksum)
 {
     ASSERT_TRUE(validate());

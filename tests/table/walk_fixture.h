@@ -18,7 +18,7 @@
 
 namespace QuaskTesting {
 
-// A table in files, a reader's view of it and a handler that notes what a walk tells it.
+// A table in files, a reader's view of it and a handler that notes what a walk gives it.
 class WalkFixture : public testing::Test
 {
 protected:
