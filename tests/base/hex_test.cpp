@@ -16,7 +16,7 @@ TEST(DumpHex, NoBytesGiveAnEmptyText)
     EXPECT_EQ(dumpHex(nullptr, 0), "");
 }
 
-TEST(DumpHex, GroupsOfFourBytesAreSeparatedByOneBlank)
+TEST(DumpHex, GroupsOfFourBytesAreSeparatedByOneSpace)
 {
     unsigned char const bytes[] = {0x00, 0x11, 0xaa, 0xbb, 0x01, 0x02, 0x03, 0x04, 0xff};
     EXPECT_EQ(dumpHex(bytes, 1), "00");

@@ -106,7 +106,7 @@ TEST_F(LiveScan, OfOneBucketThatChangesAllTheTimeEnds)
     expectSoundScans({.valueSize = 20, .buckets = 1, .stable = 10, .hot = 20});
 }
 
-TEST_F(LiveScan, FollowsATableThatGrowsUnderIt)
+TEST_F(LiveScan, FollowsATableThatGrowsDuringTheScan)
 {
     HotTable const table{
         .valueSize = 8, .buckets = 512, .stable = 500, .hot = 50, .slots = 64, .maxSlots = 200000};

@@ -97,14 +97,14 @@ TEST_F(CommandLine, HelpEndsTheRunBeforeALaterOptionIsLookedAt)
     EXPECT_NE(quask({"-z", "-h"}).err, "");
 }
 
-TEST_F(CommandLine, OptionsMayStandBeforeAndBehindTheExpression)
+TEST_F(CommandLine, OptionsMayPrecedeOrFollowTheExpression)
 {
     EXPECT_EQ(quask({"-p", "eq"}).out, pretty);
     EXPECT_EQ(quask({"eq", "-p"}).out, pretty);
     EXPECT_EQ(quask({"-p", "--", "eq"}).out, pretty);
 }
 
-TEST_F(CommandLine, ArgumentsBehindTheExpressionAreIgnored)
+TEST_F(CommandLine, ArgumentsAfterTheExpressionAreIgnored)
 {
     Finished const run = quask({"eq", "nowhere", "more"});
     EXPECT_EQ(run.out, plain);

@@ -79,7 +79,7 @@ TEST_F(ScanCommand, MarksAValueThatIsBeingRewritten)
               "Chain restarts: 0\n");
 }
 
-TEST_F(ScanCommand, AFailedCheckIsToldOnStandardOutputAndTheFailureOnStandardError)
+TEST_F(ScanCommand, AFailedCheckIsReportedOnStandardOutputAndTheFailureOnStandardError)
 {
     TableImage image = prices();
     image.bucketsHeader.version = 2;
@@ -112,7 +112,7 @@ TEST_F(ScanCommand, AnEmptySlotFilePrintsNothingOnStandardOutput)
     EXPECT_EQ(scan.exitStatus, 1);
 }
 
-TEST_F(ScanCommand, AnExceptionEndsTheRunBehindTheLinesOfTheBucketsBefore)
+TEST_F(ScanCommand, AnExceptionEndsTheRunAfterTheLinesOfTheBucketsBefore)
 {
     TableImage image = prices();
     image.slotImages[5].next = {1, 77};

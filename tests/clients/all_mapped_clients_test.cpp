@@ -87,7 +87,7 @@ TEST_F(AllMappedClientsTest, ATableInNoRoleIsShownWithoutClients)
     EXPECT_EQ(report(), title("feed") + figures + "Clients: None\n\n");
 }
 
-TEST_F(AllMappedClientsTest, AFileCalledLikeATablesIsATableWhereverItLies)
+TEST_F(AllMappedClientsTest, AFileCalledLikeATablesIsATableWhereverItIs)
 {
     std::string pattern = "/tmp/a-place-longer-than-the-root-directory.XXXXXX";
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);

@@ -130,7 +130,7 @@ TEST_F(ClientCategoriesTest, TheDifferenceIsSortedAndOneElementTakesAwayOne)
     EXPECT_EQ(subtrahend, clientsOf({2, 3, 5})) << "sorted in place";
 }
 
-TEST_F(ClientCategoriesTest, TheDifferenceGoesInFrontOfWhatTheResultHeld)
+TEST_F(ClientCategoriesTest, TheDifferenceGoesBeforeWhatTheResultHeld)
 {
     Clients minuend = clientsOf({2, 1});
     Clients subtrahend = clientsOf({2});

@@ -141,7 +141,7 @@ TEST(QuaskTable, OneWriterIsListedAndTheOtherRolesHaveNone)
               "Reader: None\n\n");
 }
 
-TEST(QuaskTable, EachRoleHasItsLineAndEveryClientABlankBehindIt)
+TEST(QuaskTable, EachRoleHasItsLineAndEveryClientASpaceAfterIt)
 {
     QuaskTable const table("t", {{2, "proc", "cmd"}, {1, "proc", ""}}, {{3, "s", "s"}},
                            {{4, "k", "k"}}, {{-5, "r", "r"}});

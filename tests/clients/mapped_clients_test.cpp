@@ -85,7 +85,7 @@ TEST_F(MappedClientsTest, TheCommandIsWhatTheCommandLineSaysAndTheNameThatOfTheP
     EXPECT_EQ(shownAs(""), "Writer: -PID(mapping_client) ");
 }
 
-TEST_F(MappedClientsTest, AProgramsNameEndsAtItsFirstBlank)
+TEST_F(MappedClientsTest, AProgramsNameEndsAtItsFirstSpace)
 {
     ProgramCopy const program(MAPPING_CLIENT, "odd-(name) of it");
     MappingClient const writer(program.path(), writing());
@@ -94,7 +94,7 @@ TEST_F(MappedClientsTest, AProgramsNameEndsAtItsFirstBlank)
                     "None"));
 }
 
-TEST_F(MappedClientsTest, ATableWhoseNameHasABlankHasNoClients)
+TEST_F(MappedClientsTest, ATableWhoseNameHasASpaceHasNoClients)
 {
     TableImage::of("int", 4).buckets(4).slots(8).writeTo(root, "my feed");
     MappingClient const writer(writing("my feed"));

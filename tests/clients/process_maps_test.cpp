@@ -20,7 +20,7 @@ TEST_F(ProcessMapsTest, GetTokenCountsFromOneAndTakesARunOfDelimitersForOne)
     EXPECT_EQ(scanner.getToken("/proc/4711/maps", 2, "/"), "4711");
 }
 
-TEST_F(ProcessMapsTest, EveryMappingOfATableFileThatTellsSomethingIsARecordInLineOrder)
+TEST_F(ProcessMapsTest, EveryMappingOfATableFileThatSaysSomethingIsARecordInLineOrder)
 {
     Lines const infos = infosIn(
         executable + mapsLine("rw-s", table + "/slots") + mapsLine("r-xp", "/usr/lib/libc.so.6") +
@@ -83,7 +83,7 @@ TEST_F(ProcessMapsTest, APathWithoutASlashIsNoTablesFile)
     EXPECT_EQ(infosByTableIn(executable + mapsLine("r--s", "slots /slots")), InfoByTable{});
 }
 
-TEST_F(ProcessMapsTest, WhatTheKernelAppendsBehindThePathIsIgnored)
+TEST_F(ProcessMapsTest, WhatTheKernelAppendsAfterThePathIsIgnored)
 {
     EXPECT_EQ(infosIn(executable + mapsLine("rw-s", table + "/slots (deleted)")),
               Lines{info("feeder rw-s slots")});
@@ -93,7 +93,7 @@ TEST_F(ProcessMapsTest, WhatTheKernelAppendsBehindThePathIsIgnored)
               Lines{info("feeder rw-s slots")});
 }
 
-TEST_F(ProcessMapsTest, APathIsSeenUpToItsFirstBlank)
+TEST_F(ProcessMapsTest, APathIsSeenUpToItsFirstSpace)
 {
     std::string const contents = executable + mapsLine("r--s", "/my tables/feed/slots") +
                                  mapsLine("r--s", "/my/orvik tables/slots");
@@ -103,7 +103,7 @@ TEST_F(ProcessMapsTest, APathIsSeenUpToItsFirstBlank)
     EXPECT_EQ(infos, Lines{}) << "a table whose path has a blank has no clients";
 }
 
-TEST_F(ProcessMapsTest, OnlyBlanksSeparate)
+TEST_F(ProcessMapsTest, OnlySpacesSeparate)
 {
     EXPECT_EQ(infosIn(executable + "  a  r--s b   c d " + table + "/slots\n"),
               Lines{info("feeder r--s slots")});

@@ -172,22 +172,22 @@ protected:
     QuaskTesting::PrivateRoot root;
 };
 
-TEST_F(WriterThread, ChangesSmallValuesUnderTheWalk)
+TEST_F(WriterThread, ChangesSmallValuesDuringTheWalk)
 {
     expectSoundWalks({.valueSize = 8, .buckets = 8, .stable = 100, .hot = 100});
 }
 
-TEST_F(WriterThread, ChangesValuesOfAnOddSizeUnderTheWalk)
+TEST_F(WriterThread, ChangesValuesOfAnOddSizeDuringTheWalk)
 {
     expectSoundWalks({.valueSize = 29, .buckets = 4, .stable = 50, .hot = 50});
 }
 
-TEST_F(WriterThread, ChangesLargeValuesUnderTheWalk)
+TEST_F(WriterThread, ChangesLargeValuesDuringTheWalk)
 {
     expectSoundWalks({.valueSize = 1000, .buckets = 4, .stable = 20, .hot = 20});
 }
 
-TEST_F(WriterThread, GrowsTheTableUnderTheWalk)
+TEST_F(WriterThread, GrowsTheTableDuringTheWalk)
 {
     expectSoundWalks({.valueSize = 8,
                       .buckets = 256,

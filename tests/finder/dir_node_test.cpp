@@ -112,7 +112,7 @@ TEST_F(DirNodeTest, OpensADirectoryThroughASymbolicLink)
     EXPECT_EQ(nameSet(*open(root.path() + "/link")), std::set<std::string>{"file"});
 }
 
-TEST_F(DirNodeTest, ADirectoryIsResumedBehindTheEntryThatWasDescendedInto)
+TEST_F(DirNodeTest, ADirectoryIsResumedAfterTheEntryThatWasDescendedInto)
 {
     for (char const* const name : {"a", "b", "c", "d"}) {
         root.writeFile(std::string(name) + "/in " + name, "");

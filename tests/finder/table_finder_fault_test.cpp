@@ -282,7 +282,7 @@ TEST_F(TableFinderFault, ATableInTheRootDirectoryItselfIsRefused)
     EXPECT_EQ(QuaskTesting::openDescriptors(), before);
 }
 
-TEST_F(TableFinderFault, NoDirectoryStaysOpenBehindASearch)
+TEST_F(TableFinderFault, NoDirectoryStaysOpenAfterASearch)
 {
     root.writeFile("a/b/slots", "x");
     root.writeFile("a/c/d/slots", "x");

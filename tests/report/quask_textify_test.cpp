@@ -125,7 +125,7 @@ TEST(QuaskTextify, AnEmptyBucketIsALineWithoutElementsWhenAskedFor)
     EXPECT_THAT(text.lines, ElementsAre("bucket[1f] ffffffff --> none\n"));
 }
 
-TEST(QuaskTextify, AValueWithoutBytesLeavesNothingBehindTheArrow)
+TEST(QuaskTextify, AValueWithoutBytesLeavesNothingAfterTheArrow)
 {
     Lines text({.valueSize = 0});
     text.element(0, {0, 1}, "");

@@ -106,21 +106,21 @@ TEST_F(TableScanFaultTest, FilesThatCannotBeOpenedCannotBeAttached)
     }
 }
 
-TEST_F(TableScanFaultTest, ABucketHeaderThatFailsIsToldAndTheSlotHeaderIsNotExamined)
+TEST_F(TableScanFaultTest, ABucketHeaderThatFailsIsReportedAndTheSlotHeaderIsNotExamined)
 {
     image.bucketsHeader.version = 2;
     image.slotsHeader.version = 9;
     expectFailure("Quask feed/eq validation failed: BucketTable::validate() bad version: 2\n");
 }
 
-TEST_F(TableScanFaultTest, ASlotHeaderThatFailsIsTold)
+TEST_F(TableScanFaultTest, ASlotHeaderThatFailsIsReported)
 {
     image.slotsHeader.version = 9;
     expectFailure(
         "Quask feed/eq validation failed: SlotTable::Header::validate() bad version: 9\n");
 }
 
-TEST_F(TableScanFaultTest, AFailedCheckIsToldOnStandardOutputAlsoWhenThereIsAReportFile)
+TEST_F(TableScanFaultTest, AFailedCheckIsReportedOnStandardOutputEvenWithAReportFile)
 {
     image.bucketsHeader.version = 2;
     write();
@@ -142,7 +142,7 @@ TEST_F(TableScanFaultTest, AProcessorWithoutTheAtomicLoadsReadsNothing)
     EXPECT_EQ(err, "Hardware does not support Atomics\nError attaching to Quask feed/eq\n");
 }
 
-TEST_F(TableScanFaultTest, WhatTheWalkThrowsComesBehindTheLinesOfTheBucketsBefore)
+TEST_F(TableScanFaultTest, WhatTheWalkThrowsComesAfterTheLinesOfTheBucketsBefore)
 {
     image.buckets(3).chain(0, {{0, bytesOf(1)}}).chain(1, {{1, bytesOf(2)}});
     image.slotImages[1].next.value = 77;

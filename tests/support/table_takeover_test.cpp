@@ -177,7 +177,7 @@ TEST_F(TakeOver, FinishesTheRemovalOfATail)
     EXPECT_EQ(deaths, 4);
 }
 
-TEST_F(TakeOver, FinishesOrForgetsGrowthBehindFreeSlots)
+TEST_F(TakeOver, FinishesOrForgetsGrowthAfterFreeSlots)
 {
     dieAtEveryStore([&] { writer.grow(5); });
     EXPECT_EQ(deaths, 1 + 2 * 2 + 1 + 1);

@@ -16,7 +16,7 @@ namespace {
 using namespace QuaskTesting;
 using testing::ElementsAre;
 
-TEST_F(WriterOfTwelveBytes, NewSlotsComeBehindThoseThatAreFree)
+TEST_F(WriterOfTwelveBytes, NewSlotsComeAfterThoseThatAreFree)
 {
     writer.insert(2, "first value.");
     EXPECT_THAT(storesOf(writer, [&] { writer.grow(5); }),

@@ -61,7 +61,7 @@ TEST_F(WriterOfTwelveBytes, UpdatesInPlace)
     expectTable(directory, expected);
 }
 
-TEST_F(WriterOfTwelveBytes, UpdateKeepsTheOldValueInTheLookasideSlotMeanwhile)
+TEST_F(WriterOfTwelveBytes, UpdateKeepsTheOldValueInTheLookasideSlotUntilItsEnd)
 {
     writer.insert(2, "first value.");
     EXPECT_THAT(storesOf(writer, [&] { writer.update(0, "other value."); }),

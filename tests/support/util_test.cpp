@@ -116,7 +116,7 @@ protected:
     }
 };
 
-TEST_F(ReadCmdline, ArgumentsAreSeparatedByBlanks)
+TEST_F(ReadCmdline, ArgumentsAreSeparatedBySpaces)
 {
     EXPECT_EQ(of({"feeder", "-c", "read line"}), "feeder -c read line");
 }
@@ -127,7 +127,7 @@ TEST_F(ReadCmdline, OnlyTheLastArgumentsEndIsDropped)
     EXPECT_EQ(of({"feeder"}), "feeder");
 }
 
-TEST_F(ReadCmdline, IsEmptyWhenTheProcessEndsBehindTheOpening)
+TEST_F(ReadCmdline, IsEmptyWhenTheProcessEndsAfterTheOpening)
 {
     pid_t const child = fork();
     if (child == 0) {

@@ -196,7 +196,7 @@ TEST(ValuePrinter, AValueNeedsNoAlignment)
     EXPECT_EQ(getValuePrinter("double[2]", 16)->print(&bytes[1]), "{1.25, 1.25}");
 }
 
-TEST(ValuePrinter, AppendsBehindWhatTheBufferHolds)
+TEST(ValuePrinter, AppendsAfterWhatTheBufferHolds)
 {
     struct
     {

@@ -147,7 +147,7 @@ TEST(ValuePrinterType, ANumberOfElementsBeyondEveryLimitIsNotTakenModuloAnything
     expectHex("char[340282366920938463463374607431768211457]", 1);
 }
 
-TEST(ValuePrinterType, AnythingElseBehindTheNameIsHexadecimal)
+TEST(ValuePrinterType, AnythingElseAfterTheNameIsHexadecimal)
 {
     for (char const* const name :
          {"int[3", "int 3]", "int3", "int[]", "int[3]x", "int[3] ", "int [3]", "int[ 3]", "int[3 ]",
@@ -169,7 +169,7 @@ TEST(ValuePrinterType, TheNameIsMatchedWhole)
     }
 }
 
-TEST(ValuePrinterType, OnlyOneStdMayStandInFrontAndNowhereElse)
+TEST(ValuePrinterType, OnlyOneStdMayComeFirstAndNowhereElse)
 {
     for (char const* const name :
          {"std::std::int", "std::", "::int", "::std::int", "std:int", "stdint", "Std::int",

@@ -198,7 +198,7 @@ TEST_F(BucketReaderTest, ACountWhoseSizeWrapsIsStoppedAtTheEndOfTheMapping)
                   "mapped:4096");
 }
 
-TEST_F(BucketReaderTest, BytesBehindTheBucketsAreIgnored)
+TEST_F(BucketReaderTest, BytesAfterTheBucketsAreIgnored)
 {
     image.resize(TableFile::buckets, 100000);
     ASSERT_TRUE(open());

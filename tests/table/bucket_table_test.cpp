@@ -121,7 +121,7 @@ TEST_F(BucketHeaderTest, TheSizeThatBucketsNeedWrapsAt32Bits)
     EXPECT_TRUE(validate(24));
 }
 
-TEST_F(BucketHeaderTest, TheFirstCheckThatFailsIsTold)
+TEST_F(BucketHeaderTest, TheFirstCheckThatFailsIsReported)
 {
     image.bucketsHeader.magic = "x";
     image.bucketsHeader.version = 2;

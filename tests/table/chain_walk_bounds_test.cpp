@@ -70,7 +70,7 @@ TEST_F(ChainWalkBoundsTest, UpwardEndsWithTheLastBucket)
     EXPECT_EQ(upward(0, 0xffffffff), "0 1 2 3 4 5 6 7 8 9 ");
 }
 
-TEST_F(ChainWalkBoundsTest, UpwardFromBehindTheLastBucketVisitsNone)
+TEST_F(ChainWalkBoundsTest, UpwardFromBeyondTheLastBucketVisitsNone)
 {
     EXPECT_EQ(upward(10, 1), "");
     EXPECT_EQ(upward(11, 1), "");
@@ -119,7 +119,7 @@ TEST_F(ChainWalkBoundsTest, DownwardTheEndWrapsAt32Bits)
     EXPECT_EQ(downward(0, 0xffffffff), "0 ");
 }
 
-TEST_F(ChainWalkBoundsTest, DownwardFromBehindTheLastBucketIsCorruption)
+TEST_F(ChainWalkBoundsTest, DownwardFromBeyondTheLastBucketIsCorruption)
 {
     try {
         downward(10, 1);

@@ -89,7 +89,7 @@ TEST_F(ChainWalkCorruptionTest, WithoutSlotsTheBytesWhereSlotZeroWouldBeAreRead)
 }
 
 // The header's check reckons with the smallest slots.
-TEST_F(ChainWalkCorruptionTest, ASlotBehindTheMappedPagesEndsTheWalk)
+TEST_F(ChainWalkCorruptionTest, ASlotAfterTheMappedPagesEndsTheWalk)
 {
     image = TableImage::of("char[1000]", 1000).buckets(1).chain(0, {{0, ""}, {2, ""}, {9, ""}});
     image.resize(TableFile::slots, 5000);
@@ -101,7 +101,7 @@ TEST_F(ChainWalkCorruptionTest, ASlotBehindTheMappedPagesEndsTheWalk)
     EXPECT_EQ(handler.lines.size(), 2u);
 }
 
-TEST_F(ChainWalkCorruptionTest, BehindTheEndOfTheFileTheLastPageReadsAsZero)
+TEST_F(ChainWalkCorruptionTest, AfterTheEndOfTheFileTheLastPageReadsAsZero)
 {
     image = TableImage::of("char[100]", 100).buckets(1).chain(0, {{0, "abcd"}});
     image.slotsHeader.mappedCount = 34;
@@ -264,7 +264,7 @@ TEST_F(ChainWalkCorruptionTest, AFileOfFourGibibytesIsWalkedToItsEnd)
 
 using ChainWalkCorruptionDeathTest = ChainWalkCorruptionTest;
 
-TEST_F(ChainWalkCorruptionDeathTest, AFileCutShortUnderTheWalkEndsTheRun)
+TEST_F(ChainWalkCorruptionDeathTest, AFileCutShortDuringTheWalkEndsTheRun)
 {
     image.buckets(2).slots(1000).chain(0, {{0, ""}}).chain(1, {{999, ""}});
     open();

@@ -60,7 +60,7 @@ TEST_F(ChainWalkCycleTest, ACircleOfThreeSlotsEndsTheWalk)
     EXPECT_EQ(handler.lines.size(), 1u + 7);
 }
 
-TEST_F(ChainWalkCycleTest, ATailInFrontOfTheCircleIsWalkedOnce)
+TEST_F(ChainWalkCycleTest, ATailBeforeTheCircleIsWalkedOnce)
 {
     EXPECT_EQ(walkCircle(2, 1), "2");
     EXPECT_THAT(handler.lines,

@@ -183,7 +183,7 @@ TEST_F(ChainWalkGrowthTest, AFileTooShortForThePublishedCountEndsTheWalk)
     EXPECT_EQ(statistics.remaps, 0u);
 }
 
-TEST_F(ChainWalkGrowthTest, TheShortFileIsToldAlsoWhenTheSlotIsOutOfRange)
+TEST_F(ChainWalkGrowthTest, TheShortFileIsReportedEvenWhenTheSlotIsOutOfRange)
 {
     setNext(0, 3);
     handler.when("0: slot 0 0a000000", [this] { publish(4); });
@@ -234,7 +234,7 @@ TEST_F(ChainWalkGrowthTest, SlotsThatAreNotAlignedAreFoundInAMovedMappingToo)
 }
 
 // What was looked up ahead lies in a mapping that is gone.
-TEST_F(ChainWalkGrowthTest, LookingAheadBeginsAnewInAMovedMapping)
+TEST_F(ChainWalkGrowthTest, LookingAheadBeginsAgainInAMovedMapping)
 {
     image = TableImage::of("std::int32_t", 4).buckets(600).slots(600);
     for (std::uint32_t bucket = 0; bucket < 600; ++bucket) {

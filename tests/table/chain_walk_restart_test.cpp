@@ -37,7 +37,7 @@ TEST_F(ChainWalkRestartTest, ARewrittenLinkHasTheChainWalkedAgainFromItsHead)
     EXPECT_EQ(restarts, 1u);
 }
 
-TEST_F(ChainWalkRestartTest, TheVersionAloneTellsOfAChange)
+TEST_F(ChainWalkRestartTest, TheVersionAloneShowsAChange)
 {
     handler.when("0: slot 1 0b000000", [this] { setNext(1, 2); });
     walk();
@@ -77,7 +77,7 @@ TEST_F(ChainWalkRestartTest, AnEndThatWasReadMayChange)
                                            "0: slot 2 0c000000", "0: done"));
 }
 
-TEST_F(ChainWalkRestartTest, AChainThatWasEmptiedMeanwhileIsDoneWithoutSlots)
+TEST_F(ChainWalkRestartTest, AChainThatWasEmptiedDuringTheWalkIsDoneWithoutSlots)
 {
     handler.when("0: slot 0 0a000000", [this] {
         setNext(0, noSlot);
@@ -129,7 +129,7 @@ TEST_F(ChainWalkRestartTest, OnlyTheChangedChainIsWalkedAgain)
                             "1: slot 3 v3 0d000000", "1: done"));
 }
 
-TEST_F(ChainWalkRestartTest, ASlotThatIsTakenAwayUnderTheWalkIsNotShown)
+TEST_F(ChainWalkRestartTest, ASlotThatIsTakenAwayDuringTheWalkIsNotShown)
 {
     // Slot 1 leaves the chain and becomes another bucket's element while the walk is about to
     // follow the link to it.

@@ -23,7 +23,7 @@ TEST(FailCheck, ReplacesTheErrorAndLogsTheSameText)
     EXPECT_THAT(handler.lines, ElementsAre("0 bad size: 10 hex:a ff"));
 }
 
-TEST(FailCheck, TellsTheErrorAlsoWhenNothingIsLogged)
+TEST(FailCheck, GivesTheErrorEvenWhenNothingIsLogged)
 {
     RecordingHandler quiet(-1);
     std::string error;

@@ -138,7 +138,7 @@ TEST(FormatSlotsHeader, AnEmptyFreeListHasNoHead)
 }
 
 // No bound of the field's own: what follows it is shown, up to a NUL.
-TEST(FormatSlotsHeader, ANameThatFillsItsFieldGoesOnBehindIt)
+TEST(FormatSlotsHeader, ANameThatFillsItsFieldGoesOnAfterIt)
 {
     auto image = TableImage::of(std::string(64, 'v'), 4);
     image.slotsHeader.classType = std::string(64, 'c');

@@ -68,7 +68,7 @@ TEST_F(QuaskReaderTest, ScansForAnyHandler)
     EXPECT_EQ(handler.lines.size(), 4u);
 }
 
-TEST_F(QuaskReaderTest, TellsTheTypeAndTheSizeOfTheValues)
+TEST_F(QuaskReaderTest, GivesTheTypeAndTheSizeOfTheValues)
 {
     ASSERT_TRUE(open());
     EXPECT_EQ(reader->valueFormat().typeName, "std::int32_t");

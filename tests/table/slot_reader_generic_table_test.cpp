@@ -109,7 +109,7 @@ TEST_F(SlotReaderTest, WithoutSlotsTheHighestIndexIsZeroNotNone)
     EXPECT_NE(table.slotAt(0, 8), nullptr);
 }
 
-TEST_F(SlotReaderTest, ValidatingTellsTheTypeAndTheSizeOfTheValues)
+TEST_F(SlotReaderTest, ValidatingGivesTheTypeAndTheSizeOfTheValues)
 {
     ASSERT_TRUE(attach());
     EXPECT_TRUE(table.validate(error, format));
@@ -136,7 +136,7 @@ TEST_F(SlotReaderTest, NoStampIsExpectedOfAHeader)
     EXPECT_TRUE(table.validate(error, format));
 }
 
-TEST_F(SlotReaderTest, SlotsLieBehindTheLookasideSlot)
+TEST_F(SlotReaderTest, SlotsComeAfterTheLookasideSlot)
 {
     ASSERT_TRUE(attach());
     EXPECT_EQ(offsetInMapping(table.lookasideValue()), 192u);

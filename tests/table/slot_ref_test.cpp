@@ -14,7 +14,7 @@ TEST(SlotRef, TheVersionIsTheLowHalfOfALinkAndTheIndexTheHigh)
     EXPECT_FALSE(link.isNull());
 }
 
-TEST(SlotRef, OnlyTheIndexTellsThatALinkLeadsNowhere)
+TEST(SlotRef, OnlyTheIndexShowsThatALinkLeadsNowhere)
 {
     EXPECT_TRUE(Quask::slotRef(0xffffffff00000000).isNull());
     EXPECT_TRUE(Quask::slotRef(0xffffffffffffffff).isNull());

@@ -178,7 +178,7 @@ TEST_F(SlotHeaderTest, MoreOccupiedSlotsThanThereAreFail)
     expectFailure("SlotTable::Header::validate() bad occupiedSlots: 4 num slots: 3", 1000);
 }
 
-TEST_F(SlotHeaderTest, AFreeListThatBeginsBehindTheLastSlotFails)
+TEST_F(SlotHeaderTest, AFreeListThatBeginsAfterTheLastSlotFails)
 {
     setCount(3);
     image.slotsHeader.freeHead = 2;
@@ -222,7 +222,7 @@ TEST_F(SlotHeaderTest, TheSizeThatSlotsNeedWrapsAt32Bits)
     EXPECT_TRUE(validate(200));
 }
 
-TEST_F(SlotHeaderTest, TheFirstCheckThatFailsIsTold)
+TEST_F(SlotHeaderTest, TheFirstCheckThatFailsIsReported)
 {
     image.slotsHeader.magic = "x";
     image.slotsHeader.version = 5;

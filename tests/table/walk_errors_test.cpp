@@ -58,7 +58,7 @@ TEST_F(WalkErrorsTest, ASlotOutsideTheMappingIsWrappedTwiceInItsOwnWords)
     EXPECT_THAT(debug.lines, ElementsAre("0 " + text, "0 " + twice));
 }
 
-TEST_F(WalkErrorsTest, ACircleIsToldWithItsBucketAndSlot)
+TEST_F(WalkErrorsTest, ACircleIsReportedWithItsBucketAndSlot)
 {
     std::string const text = "QuaskReaderGeneric::scan() chain of bucket:31 comes back to slot:10";
     EXPECT_EQ(thrownBy([this] { Quask::throwCycle(debug, 31, 10); }), text);
