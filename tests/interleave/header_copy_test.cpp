@@ -29,7 +29,7 @@ template <typename Memory>
 class HeaderCopy : public testing::Test
 {
 protected:
-    // Copies the vandral header beside these operations.
+    // Copies the vandral header during these operations.
     static Exploration ofVandral(std::vector<Operation> const& operations)
     {
         Scenario scenario({}, operations);

@@ -6,7 +6,7 @@
 
 // Tests of the tests: on a weakly ordered machine the walk goes wrong without any one of the pairs
 // of a release and an acquire that shared_store.h lists. The pairs of the headers' words, the last
-// of the list, are looked at beside the header copies. A batch goes wrong without those that it
+// of the list, are tested with the header copies. A batch goes wrong without those that it
 // relies on: it reads no value from the lookaside slot, and leaves a slot out of reach to the walk.
 namespace {
 
@@ -37,7 +37,7 @@ std::vector<std::string> violationsOf(Scenario& scenario, Arguments... arguments
             scenario.walk<WeaklyOrderedMemory, BatchesAlone>(arguments...).violation};
 }
 
-// The violations beside these operations, of a writer that has lost one order of those stores for
+// The violations during these operations, of a writer that has lost one order of those stores for
 // which `isLost` holds.
 std::vector<std::string> violationsBeside(std::vector<Operation> const& operations,
                                           bool StoreStep::*order, bool (*isLost)(StoreStep const&))

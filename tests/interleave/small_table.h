@@ -85,7 +85,7 @@ struct Operation
     }
 };
 
-// All that is done to a small table beside a walk. Bucket 0 is called A, bucket 1 B.
+// All that is done to a small table during a walk. Bucket 0 is called A, bucket 1 B.
 std::vector<Operation> const& allOperations();
 
 // The one of this name.

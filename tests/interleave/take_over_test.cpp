@@ -4,8 +4,8 @@
 #include "interleave/operation_name.h"
 #include "interleave/scenario.h"
 
-// Walks beside a writer that dies in the middle of an operation, another that takes the table over,
-// and what that one does then.
+// Walks while a writer dies in the middle of an operation, another takes the table over, and goes
+// on with an operation of its own.
 namespace {
 
 using namespace QuaskTesting;

@@ -13,7 +13,7 @@ using namespace QuaskTesting;
 class WalkBeside : public testing::TestWithParam<Operation>
 {
 protected:
-    // Walks beside the operation alone and followed by any other.
+    // Walks during the operation, alone and followed by any other.
     template <typename Memory, typename Walk = ByChainWalk<>>
     Exploration walkBesideSinglesAndPairs()
     {

@@ -1,9 +1,9 @@
 // soak [SECONDS]
 //
 // Has tables of several shapes changed by writers that never pause, scans them in a loop with the
-// real command line, checks every line, and says what was met. Measures also how fast the writers
-// are, in the time that they have a processor: alone, beside a processor that computes, and beside
-// the scans. Status 1 when anything was wrong.
+// real command line, checks every line, and says what was found. Also measures how fast the writers
+// are, in the time that they have a processor: alone, while the other processor computes, and
+// during the scans. Status 1 when anything was wrong.
 
 #include <array>
 #include <chrono>

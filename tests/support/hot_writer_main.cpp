@@ -16,7 +16,7 @@
 
 namespace {
 
-// Few enough that a growing table is met at all sizes by scans beside it.
+// Few enough that scans find a growing table at all sizes.
 constexpr int changesPerGrowth = 64;
 
 std::uint32_t number(char const* text)

@@ -127,7 +127,7 @@ pages_cut_off_at_every_call() {
     done
 }
 
-# The scan stands still while nobody takes its output, so that each growth meets it once.
+# The scan waits while nobody takes its output, so that each growth meets it once.
 pages_cut_off_after_many_mappings() {
     local everything taken slots=30000 i scan
     hostile_table rows "$root/t" $slots 100
