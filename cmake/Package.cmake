@@ -98,10 +98,14 @@ function(quask_debian_documents component package)
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright DESTINATION ${directory} COMPONENT ${component})
     if(QUASK_LINKING STREQUAL "static")
         set(overrides
-            "# The programs are linked statically and are position-independent: that looks like a shared library.\n")
+            "# The programs are linked statically and are position-independent: lintian takes them for libraries.\n")
         foreach(program IN LISTS ARGN)
             string(APPEND overrides "${package}: shared-library-lacks-prerequisites [usr/bin/${program}]\n")
         endforeach()
+        if(sources)
+            string(APPEND overrides
+                "# Newer than the lintian of Debian 12.\n${package}: unknown-field Static-Built-Using\n")
+        endif()
         file(CONFIGURE OUTPUT ${documents}/lintian-overrides.${package} CONTENT "${overrides}")
         install(FILES ${documents}/lintian-overrides.${package} COMPONENT ${component}
             DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME ${package})
