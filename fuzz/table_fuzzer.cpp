@@ -107,7 +107,7 @@ public:
             return 1;
         }
         unsigned const valueSize = reader.valueFormat().size;
-        OneByOne lines(Quask::makeValueBuffer(*handler, valueSize, reader.slotFileSize(), allocate),
+        OneByOne lines(Quask::makeValueBuffer(*handler, valueSize, reader.mappedSlotBytes(), allocate),
                        valueSize, *out);
         Quask::walkAll(reader, lines, *out);
         *out << "Lookaside hits: " << reader.lookasideHits()

@@ -58,7 +58,7 @@ int JsonScanner::doScanJson(bool printEmpty)
     }
     auto const& [typeName, valueSize] = reader.valueFormat();
     std::optional const type = Dovan::Platform::findValueType(typeName, valueSize);
-    unsigned const fileSize = reader.slotFileSize();
+    unsigned const fileSize = reader.mappedSlotBytes();
     if (valueSize > KeptChain::largestOther) {
         LargeValueJson lines(makeValueBuffer(*handler, valueSize, fileSize, allocateLargeBuffer),
                              valueSize, type, printEmpty, *out, reader);
