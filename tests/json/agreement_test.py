@@ -92,8 +92,20 @@ class Agreement(unittest.TestCase):
             return quoted(data, '"')
         return pretty(value, None, None)
 
+    def compare_lookaside_value(self, name):
+        text = running.run("QUASK", "-x", name).stdout
+        finished = running.run("QUASK_JSON", "-x", name)
+        (line,) = running.lines(finished.stdout)
+        self.headers.validate(json.loads(line))
+        slots = json.loads(line, parse_int=Number, parse_float=Number, parse_constant=self.fail)["slots"]
+        one = {member.removeprefix("lookaside").lower(): slots[member]
+               for member in ("lookasideValue", "lookasideHex") if member in slots}
+        expected = text.split(b"\tLookaside value: ")[1].split(b"\n\nPrimary")[0].decode("ascii")
+        self.assertEqual(not_finite_alike(expected), self.text_of(one, bytes.fromhex(one["hex"])))
+
     def test_of_tables_of_every_kind(self):
         self.check = running.validator("scan")
+        self.headers = running.validator("headers")
         subprocess.run([running.program("WRITE_TABLES"), running.root, "1"], check=True)
         names = sorted(os.listdir(running.root))
         self.assertGreater(len(names), 150)
@@ -102,6 +114,7 @@ class Agreement(unittest.TestCase):
             self.is_one_character = b'"char"\n' in type_line
             with self.subTest(name=name, type=re.search(rb"Value type: .*", type_line)):
                 self.compare(name)
+                self.compare_lookaside_value(name)
 
 
 class Jq(unittest.TestCase):
