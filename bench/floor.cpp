@@ -92,7 +92,7 @@ struct Walk
     }
 
     // Asks for the slots that `count` links lead to, and lists those there are. The links lie
-    // behind each other, or at the addresses of the slots of another list.
+    // one after another, or at the addresses of the slots of another list.
     template <typename LinkAt>
     void request(Wanted& wanted, std::uint32_t count, LinkAt linkAt) const
     {
@@ -113,7 +113,7 @@ struct Walk
     }
 
     // The walk begins the batch at `first`: the heads of a batch some way ahead are asked for, and
-    // the slots behind those that were asked for a batch ago and have arrived.
+    // the slots after those that were asked for a batch ago and have arrived.
     void prefetch(std::uint32_t first)
     {
         for (std::uint32_t level = levels - 1; level > 0; --level) {
@@ -137,7 +137,7 @@ struct Walk
         std::atomic_thread_fence(std::memory_order_acquire);
     }
 
-    // One chain into the output; false when it changed meanwhile.
+    // One chain into the output; false when it changed during that.
     bool chain(std::uint32_t bucket)
     {
         alignas(16) static unsigned char value[65536];

@@ -48,7 +48,7 @@ inline void putHex(std::uint32_t value)
     out += digits;
 }
 
-// Hexadecimal text of a multiple of 8 bytes, a blank behind every fourth byte but the last.
+// Hexadecimal text of a multiple of 8 bytes, a space after every fourth byte but the last.
 inline void putBytes(unsigned char const* bytes, std::size_t size)
 {
 #if defined(__SSE2__)

@@ -88,7 +88,7 @@ std::uint64_t linkTo(std::uint32_t index)
     return std::uint64_t{index} << 32 | 1;
 }
 
-// For each bucket, where its elements stand in `elementsInOrder`, a list of slot numbers.
+// For each bucket, where its elements are in `elementsInOrder`, a list of slot numbers.
 struct Chains
 {
     std::vector<std::uint32_t> starts;

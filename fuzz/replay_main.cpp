@@ -1,6 +1,6 @@
 // FUZZER_replay PATH...: runs a fuzz target over files, and over all files of directories, without
 // a fuzzer, so that every compiler's build can check them. A directory that does not exist is
-// empty; no input at all is an error. The path of each input stands on standard error before it
+// empty; no input at all is an error. The path of each input is on standard error before it
 // runs.
 
 #include <algorithm>

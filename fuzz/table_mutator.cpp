@@ -1,4 +1,4 @@
-// Mutations of the table fuzzer's inputs that mean something: beside the fuzzer's own ones, edits
+// Mutations of the table fuzzer's inputs that mean something: besides the fuzzer's own ones, edits
 // that set one field of a header, of a slot or of a bucket to a value that is likely to matter.
 
 #include <algorithm>

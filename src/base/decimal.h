@@ -42,7 +42,7 @@ inline constexpr auto powersOfTen = [] {
 }();
 
 // The number of a number's digits, at least one. It is there long before the digits, so that text
-// that comes after them can be written meanwhile.
+// that comes after them can be written in the meantime.
 constexpr unsigned digitCount(std::uint64_t number)
 {
     number |= 1;  // one digit for 0, and as many as before for any other

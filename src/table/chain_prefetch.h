@@ -18,7 +18,7 @@ namespace Quask {
 //
 // It works by batches of buckets, in stages. When the walk begins a batch, the head slots of the
 // batch some way ahead are asked for; of the one before that, whose head slots have arrived by
-// then, the slots behind them; and so on. The end of a chain longer than the stages is left to the
+// then, the slots after them; and so on. The end of a chain longer than the stages is left to the
 // walk.
 class ChainPrefetch
 {

@@ -74,7 +74,7 @@ public:
     // walked again counts again). Walking downward, a `count` that equals `first` means one more.
     //
     // There is no limit on restarts: a chain that changes all the time keeps the walk busy. A chain
-    // that is longer than one whose links stand still can be has changed, too.
+    // that is longer than one whose links do not change can be has changed, too.
     //
     // Throws CorruptionDetectedException when a bucket or slot lies outside the table, when a chain
     // runs in a circle that no writer is rearranging or through overlapping values that are more
