@@ -107,8 +107,9 @@ public:
             return 1;
         }
         unsigned const valueSize = reader.valueFormat().size;
-        OneByOne lines(Quask::makeValueBuffer(*handler, valueSize, reader.mappedSlotBytes(), allocate),
-                       valueSize, *out);
+        OneByOne lines(
+            Quask::makeValueBuffer(*handler, valueSize, reader.mappedSlotBytes(), allocate),
+            valueSize, *out);
         Quask::walkAll(reader, lines, *out);
         *out << "Lookaside hits: " << reader.lookasideHits()
              << "\nChain restarts: " << reader.chainRestarts() << "\n";

@@ -93,7 +93,7 @@ struct WatchedMappings
 
     static inline WatchedMapping* first = nullptr;
     static inline bool volatile readsAsZeros = false;  // read by the signal handler
-    static inline bool volatile hasReplaced = false;  // set by the signal handler
+    static inline bool volatile hasReplaced = false;   // set by the signal handler
 };
 
 namespace {

@@ -50,8 +50,8 @@ struct ByChainWalk
 template <typename Checks = Quask::AllWalkChecks>
 using InBatches = ByChainWalk<Checks, BatchRecorder>;
 
-// A small table to which a writer does something, and whose readers are observed at that time. One at
-// a time. `Memory` is InterleavedMemory or WeaklyOrderedMemory, made with `arguments`.
+// A small table to which a writer does something, and whose readers are observed at that time. One
+// at a time. `Memory` is InterleavedMemory or WeaklyOrderedMemory, made with `arguments`.
 class Scenario
 {
 public:
