@@ -17,9 +17,9 @@ mapped, while the table's writer keeps changing it. It maps the files read-only
 and takes no lock.")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 "look into live Quask tables by program
-Quask tables are lock-free hash tables in shared memory. quask-json prints the
-reports of quask as JSON, one text per line, with a JSON Schema for each report:
-for jq, for monitoring and for scripts.")
+Quask tables are lock-free hash tables in shared memory. quask-json prints
+the reports of quask as JSON, one text per line, with a JSON Schema for each
+report: for jq, for monitoring and for scripts.")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_QUASK_PACKAGE_NAME quask)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME quask-tools)
