@@ -97,4 +97,17 @@ void QuaskClientScanner::forEachMapsFile(
     }
 }
 
+void QuaskClientScanner::forEachMapsLine(
+    std::function<void(String const& mapsPath, std::string_view line)> const& visit) const
+{
+    forEachMapsFile([&](String const& mapsPath, MapsFile& maps) {
+        for (std::string_view line; maps.nextLine(line);) {
+            visit(mapsPath, line);
+        }
+        if (maps.error() != 0) {
+            noteFailure(mapsPath, maps.error());
+        }
+    });
+}
+
 }  // namespace Quask

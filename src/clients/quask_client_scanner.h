@@ -6,6 +6,7 @@
 #include <ostream>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "clients/client_model.h"
@@ -84,6 +85,12 @@ public:
     // Adds those of one process.
     void extractMmapInfoByTable(String const& rootPath, String const& mapsPath,
                                 TableToInfoMap& infoByTable) const;
+
+    // Calls `visit` with the path of each process's maps file and each of its lines, which is valid
+    // during the call: /proc/PID/maps, and also that of /proc/self. Throws Dovan::RuntimeException
+    // when /proc cannot be read.
+    void forEachMapsLine(
+        std::function<void(String const& mapsPath, std::string_view line)> const& visit) const;
 
     // How many processes the last extraction of all processes could not look into, or not to the
     // end: clients may be missing. Those that /proc does not show are not known.

@@ -25,6 +25,12 @@ std::string relativePattern(std::string_view expr)
     return start + std::string(expr) + "*";
 }
 
+// Whether a directory matches, by its path.
+bool isMatch(std::string const& pattern, std::string const& path)
+{
+    return fnmatch(pattern.c_str(), path.c_str(), 0) == 0;
+}
+
 bool isSelfOrParent(std::string_view name)
 {
     return name == "." || name == "..";
@@ -63,7 +69,7 @@ bool TableFinder::find(char const* expr)
         }
         // Also left out is an entry whose type the file system does not give.
         if (entry->d_type != DT_REG || !Util::isQuaskFile(*handler, entry->d_name) ||
-            fnmatch(pattern.c_str(), current->path().c_str(), 0) != 0) {
+            !isMatch(pattern, current->path())) {
             continue;
         }
         if (current->parent() == nullptr) {
@@ -79,6 +85,11 @@ bool TableFinder::find(char const* expr)
         current = current->parent();
     }
     return true;
+}
+
+bool TableFinder::designates(std::string const& expr, std::string const& tableName)
+{
+    return isMatch(rootDirectory() + relativePattern(expr), rootDirectory() + "/" + tableName);
 }
 
 }  // namespace Quask

@@ -35,6 +35,9 @@ public:
     // A directory yields its name at the first table file read, and nothing in it is visited after
     // that. So a table inside another table's directory is found only when it comes first.
     bool find(char const* expr);
+
+    // Whether `expr` designates a table of this name, if there is one.
+    static bool designates(std::string const& expr, std::string const& tableName);
 };
 
 }  // namespace Quask

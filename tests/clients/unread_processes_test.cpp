@@ -87,4 +87,21 @@ TEST_F(UnreadProcessesTest, AreCountedAgainByEachReport)
     EXPECT_EQ(scanner.unreadProcesses(), unreadIn(scanner.takeLog()));
 }
 
+TEST_F(UnreadProcessesTest, AreCountedWhenAllLinesAreAskedFor)
+{
+    MappingClient const client(secretClient);
+    MappingClient const open({file("slots", "r")});
+    std::string const paths[] = {"/proc/" + std::to_string(client.pid()) + "/maps",
+                                 "/proc/" + std::to_string(open.pid()) + "/maps"};
+    Lines seen;
+    scanner.forEachMapsLine([&](std::string const& mapsPath, std::string_view line) {
+        if (std::ranges::find(paths, mapsPath) != std::end(paths) && line.ends_with("/slots")) {
+            seen.push_back(mapsPath);
+        }
+    });
+    EXPECT_EQ(seen, Lines{paths[1]});
+    EXPECT_EQ(scanner.unreadProcesses(), unreadIn(scanner.takeLog()));
+    EXPECT_GE(scanner.unreadProcesses(), 1u);
+}
+
 }  // namespace

@@ -121,4 +121,15 @@ TEST_F(TableFinderExpression, AnExpressionOfAnyLengthIsAnExpression)
     EXPECT_EQ(find("/" + std::string(100000, '*')), Names{"a"});
 }
 
+TEST_F(TableFinderExpression, DesignatesTheSameNamesWhetherThereAreTablesOrNot)
+{
+    using Quask::TableFinder;
+    EXPECT_TRUE(TableFinder::designates("", "a/x"));
+    EXPECT_TRUE(TableFinder::designates("x", "a/xyz"));
+    EXPECT_TRUE(TableFinder::designates("/a", "a/x"));
+    EXPECT_FALSE(TableFinder::designates("/x", "a/x"));
+    EXPECT_TRUE(TableFinder::designates("[ab]*y", "b/y"));
+    EXPECT_FALSE(TableFinder::designates(root.path(), "a"));
+}
+
 }  // namespace
