@@ -5,7 +5,7 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME quask)
 # The manual pages and completions of a tool that was built for the root directory `root`, into the
 # directory `output`.
 function(quask_configure_documents root output)
-    foreach(page IN ITEMS quask.1 quask-json.1 quask-table.5)
+    foreach(page IN ITEMS quask.1 quask-json.1 quask-stat.1 quask-table.5)
         set_property(DIRECTORY APPEND PROPERTY
             CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/man/${page})
         # The pages in the repository can be read as they are: they name the default root directory, and
@@ -21,13 +21,22 @@ function(quask_configure_documents root output)
     set(QUASK_ROOT_DIR_QUOTED "'${quoted_root}'")
     string(REGEX REPLACE "(['\\\\])" "\\\\\\1" quoted_root "${root}")
     set(QUASK_ROOT_DIR_FISH "'${quoted_root}'")
-    # quask-json takes the same command line. Its shell functions have names of their own.
-    foreach(program IN ITEMS quask quask-json)
+    # Each program has shell functions of its own names. quask-json takes quask's command line.
+    set(directory ${PROJECT_SOURCE_DIR}/completions)
+    foreach(program IN ITEMS quask quask-json quask-stat)
         set(QUASK_PROGRAM ${program})
         string(REPLACE "-" "_" QUASK_FUNCTION ${program})
-        configure_file(${PROJECT_SOURCE_DIR}/completions/quask.bash.in ${output}/${program}.bash @ONLY)
-        configure_file(${PROJECT_SOURCE_DIR}/completions/_quask.in ${output}/_${program} @ONLY)
-        configure_file(${PROJECT_SOURCE_DIR}/completions/quask.fish.in ${output}/${program}.fish @ONLY)
+        foreach(shell IN ITEMS bash zsh fish)
+            set_property(DIRECTORY APPEND PROPERTY
+                CMAKE_CONFIGURE_DEPENDS ${directory}/tables.${shell}.in)
+            file(READ ${directory}/tables.${shell}.in tables)
+            string(TOUPPER ${shell} name)
+            string(CONFIGURE "${tables}" QUASK_TABLES_${name} @ONLY)
+        endforeach()
+        string(REPLACE "-json" "" completion ${program})
+        configure_file(${directory}/${completion}.bash.in ${output}/${program}.bash @ONLY)
+        configure_file(${directory}/_${completion}.in ${output}/_${program} @ONLY)
+        configure_file(${directory}/${completion}.fish.in ${output}/${program}.fish @ONLY)
     endforeach()
 endfunction()
 
@@ -81,6 +90,12 @@ quask_install_document(${documents}/quask-table.5 quask-table.5 ${CMAKE_INSTALL_
 install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES docs/ARCHITECTURE.md docs/diagnosis.md docs/faults.md docs/performance.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+
+# What belongs to quask-stat, if that is built.
+function(quask_install_stat_documents)
+    quask_install_completions(quask-stat tools)
+    quask_install_document(${documents}/quask-stat.1 quask-stat.1 ${CMAKE_INSTALL_MANDIR}/man1 tools)
+endfunction()
 
 # What belongs to quask-json, if that is built.
 function(quask_install_json_documents)

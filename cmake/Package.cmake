@@ -16,10 +16,12 @@ chains of a table, the headers of its files and the processes that have it
 mapped, while the table's writer keeps changing it. It maps the files read-only
 and takes no lock.")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
-"look into live Quask tables by program
+"look into live Quask tables by program, and watch them
 Quask tables are lock-free hash tables in shared memory. quask-json prints
 the reports of quask as JSON, one text per line, with a JSON Schema for each
-report: for jq, for monitoring and for scripts.")
+report: for jq, for monitoring and for scripts. quask-stat shows how full
+tables are, who writes and reads them and what is wrong with them, also at
+intervals, for monitoring plug-ins and as metrics.")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_QUASK_PACKAGE_NAME quask)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME quask-tools)

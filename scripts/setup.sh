@@ -101,5 +101,6 @@ build() {
 
 build_packages=(cmake g++ ninja-build)
 json_packages=(rapidjson-dev)  # for quask-json
-test_packages=("${build_packages[@]}" "${json_packages[@]}" jq libgtest-dev libgmock-dev python3-jsonschema)
+stat_packages=(libsmartcols-dev)  # for quask-stat
+test_packages=("${build_packages[@]}" "${json_packages[@]}" "${stat_packages[@]}" jq libgtest-dev libgmock-dev python3-jsonschema)
 document_packages=(fish groff mandoc zsh)  # for the tests of manual pages and completions

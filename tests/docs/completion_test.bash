@@ -4,6 +4,14 @@
 cd "$1" || exit 1
 # shellcheck source=/dev/null
 source ./quask.bash
+# shellcheck source=/dev/null
+source ./quask-stat.bash
+
+# The program, as far as the completion asks it.
+quask-stat()
+{
+    [[ $* == -H ]] && printf '%s\n' 'NAME  name of the table' 'USED  slots' 'USE%  share'
+}
 
 failures=0 count=0
 compopt() { options=$*; }
@@ -15,7 +23,7 @@ offers()
     local -n words=$1
     local options=''
     COMP_WORDS=("${words[@]}") COMP_CWORD=$((${#words[@]} - 1)) COMPREPLY=()
-    _quask
+    "_${words[0]//-/_}"
     local got=''
     if ((${#COMPREPLY[@]} > 0)); then
         got=$(printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort | tr '\n' '|')
@@ -70,13 +78,36 @@ else
     expect quask --who-all fee ''
     expect quask -f out fee ''
     expect quask -h fee ''
+    expect quask-stat fee 'feed/eq|feed/fx|'
+    expect quask-stat raw/blob 'raw/blob\ 5|'
+    expect quask-stat -v fee 'feed/eq|feed/fx|'
+    expect quask-stat -i 2 fee 'feed/eq|feed/fx|'
+    expect quask-stat -ni 2 fee 'feed/eq|feed/fx|'
+    expect quask-stat --output NAME fee 'feed/eq|feed/fx|'
+    expect quask-stat -- -o fee ''
+    expect quask-stat feed/eq fee ''
 fi
+expect quask-stat -i '' ''
+expect quask-stat --count '' ''
+expect quask-stat --no '--noheadings|'
+expect quask-stat --ve '--verbose|--version|'
 expect quask - '--help|--who|--who-all|-a|-e|-f|-h|-p|-t|-w|-x|'
 expect quask --w '--who|--who-all|'
 expect quask feed/eq - '--help|--who|--who-all|-a|-e|-f|-h|-p|-t|-w|-x|'
 expect_file quask -f quask-t 'quask-table.5|'
 expect_file quask -pf quask-t 'quask-table.5|'
 expect_file quask feed/eq -f quask-t 'quask-table.5|'
+
+expect_column()
+{
+    # shellcheck disable=SC2034
+    local line=("${@:1:$#-1}")
+    offers line "${!#}" '-o nospace'
+}
+expect_column quask-stat -o '' 'NAME|USE%|USED|'
+expect_column quask-stat --output US 'USE%|USED|'
+expect_column quask-stat -rno +US '+USE%|+USED|'
+expect_column quask-stat -o NAME,USE 'NAME,USE%|NAME,USED|'
 
 printf '%d lines, %d failures\n' "$count" "$failures"
 ((failures == 0))

@@ -3,6 +3,12 @@
 
 cd $argv[1]; or exit 1
 source quask.fish
+source quask-stat.fish
+
+# The program, as far as the completion asks it.
+function quask-stat
+    printf '%s\n' 'NAME  name of the table' 'USED  slots' 'MAX  the most'
+end
 
 set -g count 0
 set -g failures 0
@@ -38,7 +44,15 @@ else
     offers 'quask --who-all fee'
     offers 'quask -f out fee'
     offers 'quask -h fee'
+    offers 'quask-stat fee' feed/eq feed/fx
+    offers 'quask-stat -v fee' feed/eq feed/fx
+    offers 'quask-stat -i 2 fee' feed/eq feed/fx
+    offers 'quask-stat feed/eq fee'
 end
+offers 'quask-stat --noh' --noheadings
+offers 'quask-stat -o N' NAME
+offers 'quask-stat -o NAME,M' NAME,MAX
+offers 'quask-stat -o +U' +USED
 offers 'quask -' --help --who --who-all -a -e -f -h -p -t -w -x
 offers 'quask --w' --who --who-all
 offers 'quask -f quask-t' quask-table.5

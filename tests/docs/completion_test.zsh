@@ -30,7 +30,14 @@ else
     becomes 'quask link' 'quask link' 0
     becomes 'quask feed/eq feed/e' 'quask feed/eq feed/e' 0
     becomes 'quask -a feed/e' 'quask -a feed/e' 0
+    becomes 'quask-stat feed/e' 'quask-stat feed/eq ' 1
+    becomes 'quask-stat -v feed/e' 'quask-stat -v feed/eq ' 1
+    becomes 'quask-stat -i 2 feed/e' 'quask-stat -i 2 feed/eq ' 1
+    becomes 'quask-stat feed/eq feed/e' 'quask-stat feed/eq feed/e' 0
 fi
+becomes 'quask-stat --noh' 'quask-stat --noheadings ' 1
+becomes 'quask-stat -o NA' 'quask-stat -o NAME' 1
+becomes 'quask-stat -o NAME,USED,' 'quask-stat -o NAME,USED,MAX' 1
 becomes 'quask -f quask-t' 'quask -f quask-table.5 ' 1
 becomes 'quask -pf quask-t' 'quask -pf quask-table.5 ' 1
 becomes 'quask --he' 'quask --help ' 1
@@ -45,6 +52,7 @@ cd ${(qq)1}
 autoload -Uz compinit
 compinit -D -u
 unsetopt beep auto_list auto_menu
+quask-stat() { print -rl -- 'NAME  name of the table' 'USED  slots' 'MAX  the most' }
 counted() { matches=\$compstate[nmatches] }
 zle-line-init() {
     local line

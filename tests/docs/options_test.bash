@@ -6,20 +6,20 @@ quask=$1 manual=$2 completion=$3
 # One option a line, from the lines of the help text that begin with one.
 in_help()
 {
-    "$quask" --help | grep -E '^ +-' | grep -oE '(^ +|, )--?[a-z][a-z-]*' | grep -oE -- '-.*' | sort -u
+    "$quask" --help | grep -E '^ +-' | grep -oE '(^ +|, )--?[a-zA-Z][a-z-]*' | grep -oE -- '-.*' | sort -u
 }
 
 # From the list of options in the manual page: .It Fl w , -who
 in_manual()
 {
-    sed -n '/^\.Sh DESCRIPTION/,/^\.Sh [^D]/s/^\.It Fl \(.*\)/\1/p' "$manual" | sed 's/ Ar .*//' |
+    sed -n '/^\.Sh DESCRIPTION/,/^\.Sh [^D]/s/^\.It Fl \(.*\)/\1/p' "$manual" | sed 's/ Ar .*//; s/ Ns .*//' |
         tr -d ' ' | tr ',' '\n' | sed 's/^/-/' | sort -u
 }
 
 # From all of the manual page but two examples: -ep, joined options, and --wh, an ambiguous one.
 anywhere_in_manual()
 {
-    grep -E '^\.(Fl|Op Fl|Pq Fl|It Fl) ' "$manual" | sed 's/ Ar .*//; s/ No .*//; s/^\.[A-Za-z ]*Fl //' |
+    grep -E '^\.(Fl|Op Fl|Pq Fl|It Fl) ' "$manual" | sed 's/ Ar .*//; s/ N[os] .*//; s/^\.[A-Za-z ]*Fl //' |
         tr -d ' .' | tr ',|' '\n\n' | grep -vx -e '' -e ep -e -wh | sed 's/^/-/' | sort -u
 }
 

@@ -1,0 +1,90 @@
+#include "stat/chain_statistics.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quask::Stat {
+
+bool ChainStatistics::handleSlot(unsigned /*bucket*/, SlotRef const& /*ref*/,
+                                 unsigned char* /*valueBytes*/, unsigned /*length*/,
+                                 bool /*lookaside*/, unsigned /*sequence*/)
+{
+    ++length_;
+    return true;
+}
+
+bool ChainStatistics::done(unsigned bucket, SlotRef const& /*ref*/)
+{
+    constexpr std::uint64_t progressStep = 4096;
+    if (length_ < shortLengths_.size()) {
+        ++shortLengths_[length_];
+    } else {
+        ++longLengths_[length_];
+    }
+    if (length_ > 0) {
+        note({length_, bucket});
+    }
+    elements_ += length_;
+    squares_ += static_cast<double>(length_) * static_cast<double>(length_);
+    length_ = 0;
+    if (++buckets_ % progressStep == 0 && onProgress_) {
+        onProgress_(static_cast<unsigned>(buckets_));
+    }
+    return true;
+}
+
+bool ChainStatistics::restart(unsigned /*bucket*/)
+{
+    length_ = 0;
+    return true;
+}
+
+void ChainStatistics::note(LongChain const& chain)
+{
+    if (longest_.size() == mostLongChains && chain.length <= longest_.back().length) {
+        return;
+    }
+    auto const place = std::ranges::find_if(
+        longest_, [&chain](LongChain const& other) { return other.length < chain.length; });
+    longest_.insert(place, chain);
+    if (longest_.size() > mostLongChains) {
+        longest_.pop_back();
+    }
+}
+
+std::map<std::uint64_t, std::uint64_t> ChainStatistics::lengths() const
+{
+    std::map<std::uint64_t, std::uint64_t> all = longLengths_;
+    for (std::size_t length = 0; length < shortLengths_.size(); ++length) {
+        if (shortLengths_[length] != 0) {
+            all.emplace(length, shortLengths_[length]);
+        }
+    }
+    return all;
+}
+
+double ChainStatistics::mean() const
+{
+    return buckets_ == 0 ? 0 : static_cast<double>(elements_) / static_cast<double>(buckets_);
+}
+
+double ChainStatistics::deviation() const
+{
+    if (buckets_ == 0) {
+        return 0;
+    }
+    // The difference may come out a little below 0 when all lengths are the same.
+    return std::sqrt(std::max(0.0, squares_ / static_cast<double>(buckets_) - mean() * mean()));
+}
+
+double ChainStatistics::idealDeviation() const
+{
+    return std::sqrt(mean());
+}
+
+double ChainStatistics::idealEmptyBuckets() const
+{
+    return static_cast<double>(buckets_) * std::exp(-mean());
+}
+
+}  // namespace Quask::Stat

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// What others have named (tables, commands, types), made fit to be printed.
+namespace Quask::Stat {
+
+// For a terminal: a backslash is doubled, and each byte that could do more than show a character is
+// written as \xHH: control characters, those that change the direction of writing or are not
+// visible, and what is not UTF-8. Without `isUtf8` each byte that is not ASCII, too. One line
+// remains one line.
+std::string terminalText(std::string_view text, bool isUtf8);
+
+// For JSON and OpenMetrics, which are UTF-8: each byte that is part of no character of UTF-8
+// becomes U+FFFD.
+std::string utf8Text(std::string_view text);
+
+// Whether the locale that the process has set encodes characters in UTF-8.
+bool isUtf8Locale();
+
+}  // namespace Quask::Stat

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <ostream>
+
+namespace Quask::Stat {
+
+// Says on a terminal how far a long walk has come: from a second after its start on, in one line
+// that is written over again and again, and is gone at the end. One thread.
+class WalkProgress
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    // `out` is where to say it, null for nowhere; `now` is the time.
+    WalkProgress(std::ostream* out, unsigned buckets,
+                 std::function<Clock::time_point()> now = &Clock::now);
+    WalkProgress(WalkProgress const&) = delete;
+    WalkProgress& operator=(WalkProgress const&) = delete;
+
+    // Clears the line.
+    ~WalkProgress();
+
+    void show(unsigned bucketsDone);
+
+private:
+    std::ostream* const out_;
+    unsigned const buckets_;
+    std::function<Clock::time_point()> const now_;
+    Clock::time_point const start_;
+    Clock::time_point next_;
+    bool isShown_ = false;
+};
+
+}  // namespace Quask::Stat

@@ -1,0 +1,94 @@
+#include "stat/chain_statistics.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using Quask::Stat::ChainStatistics;
+using Lengths = std::map<std::uint64_t, std::uint64_t>;
+
+class ChainStatisticsTest : public testing::Test
+{
+protected:
+    void elements(unsigned count)
+    {
+        for (unsigned i = 0; i < count; ++i) {
+            chains.handleSlot(bucket_, {}, nullptr, 0, false, 0);
+        }
+    }
+
+    void chain(unsigned length)
+    {
+        elements(length);
+        chains.done(bucket_++, {});
+    }
+
+    ChainStatistics chains;
+
+private:
+    unsigned bucket_ = 0;
+};
+
+TEST_F(ChainStatisticsTest, OfNothingAreZero)
+{
+    EXPECT_EQ(chains.lengths(), Lengths{});
+    EXPECT_EQ(chains.mean(), 0);
+    EXPECT_EQ(chains.deviation(), 0);
+    EXPECT_TRUE(chains.longest().empty());
+}
+
+TEST_F(ChainStatisticsTest, CountLengthsAndTheirSpread)
+{
+    for (unsigned const length : {2u, 0u, 4u, 2u}) {
+        chain(length);
+    }
+    EXPECT_EQ(chains.lengths(), (Lengths{{0, 1}, {2, 2}, {4, 1}}));
+    EXPECT_EQ(chains.buckets(), 4u);
+    EXPECT_EQ(chains.elements(), 8u);
+    EXPECT_EQ(chains.emptyBuckets(), 1u);
+    EXPECT_DOUBLE_EQ(chains.mean(), 2);
+    EXPECT_DOUBLE_EQ(chains.deviation(), std::sqrt(2));
+    EXPECT_DOUBLE_EQ(chains.idealDeviation(), std::sqrt(2));
+    EXPECT_DOUBLE_EQ(chains.idealEmptyBuckets(), 4 * std::exp(-2));
+}
+
+TEST_F(ChainStatisticsTest, EqualLengthsHaveNoSpread)
+{
+    for (int i = 0; i < 1000; ++i) {
+        chain(3);
+    }
+    EXPECT_EQ(chains.deviation(), 0);
+}
+
+TEST_F(ChainStatisticsTest, AChainThatIsWalkedAgainCountsAsItWasTheLastTime)
+{
+    elements(5);
+    chains.restart(0);
+    chain(2);
+    EXPECT_EQ(chains.lengths(), (Lengths{{2, 1}}));
+    EXPECT_EQ(chains.elements(), 2u);
+}
+
+TEST_F(ChainStatisticsTest, RememberTheLongestChainsAndTheirBuckets)
+{
+    for (unsigned const length : {1u, 7u, 3u, 7u, 100u, 2u, 3u}) {
+        chain(length);
+    }
+    EXPECT_EQ(chains.longest(),
+              (std::vector<ChainStatistics::LongChain>{{100, 4}, {7, 1}, {7, 3}, {3, 2}, {3, 6}}));
+    EXPECT_EQ(chains.lengths().rbegin()->first, 100u);
+}
+
+TEST(ChainStatisticsProgress, IsReportedEveryFewThousandBuckets)
+{
+    std::vector<unsigned> reports;
+    ChainStatistics chains([&reports](unsigned done) { reports.push_back(done); });
+    for (unsigned bucket = 0; bucket < 10000; ++bucket) {
+        chains.done(bucket, {});
+    }
+    EXPECT_EQ(reports, (std::vector<unsigned>{4096, 8192}));
+}
+
+}  // namespace
