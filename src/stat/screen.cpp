@@ -141,8 +141,10 @@ std::optional<Screen::Event> Screen::takeSignal()
 void Screen::end()
 {
     leave();
+    // All is on the terminal: there is nothing that a handler would have to bring to its end.
+    static_cast<void>(std::signal(signal_, SIG_DFL));
     sigprocmask(SIG_SETMASK, &formerMask_, nullptr);
-    raise(signal_);
+    static_cast<void>(raise(signal_));
 }
 
 }  // namespace Quask::Stat

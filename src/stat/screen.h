@@ -37,7 +37,7 @@ public:
     // Waits for what comes first, at the latest until then.
     Event wait(std::chrono::steady_clock::time_point until);
 
-    // Gives the terminal back, and ends the process by the signal that terminated() told of.
+    // Gives the terminal back, and ends the process by the signal after Event::terminated.
     void end();
 
 private:

@@ -36,8 +36,8 @@ else
     becomes 'quask-stat feed/eq feed/e' 'quask-stat feed/eq feed/e' 0
 fi
 becomes 'quask-stat --noh' 'quask-stat --noheadings ' 1
-becomes 'quask-stat -o NA' 'quask-stat -o NAME' 1
-becomes 'quask-stat -o NAME,USED,' 'quask-stat -o NAME,USED,MAX' 1
+becomes 'quask-stat -o NA' 'quask-stat -o NAME,' 1
+becomes 'quask-stat -o NAME,USED,' 'quask-stat -o NAME,USED,MAX,' 1
 becomes 'quask -f quask-t' 'quask -f quask-table.5 ' 1
 becomes 'quask -pf quask-t' 'quask -pf quask-table.5 ' 1
 becomes 'quask --he' 'quask --help ' 1

@@ -60,7 +60,7 @@ TEST_F(Details, HaveTheFiguresOfTheRowAndTheHeaders)
               "UPDATES       0\n"
               "NOTIFICATIONS 0\n"
               "VALUE         int\n"
-              "SIZE          13144\n"
+              "SIZE          13152\n"
               "STATE         ok\n"
               "\n"
               "Headers\n"

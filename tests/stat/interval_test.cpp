@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <iterator>
 #include <sstream>
 
 #include "stat/stat_fixture.h"
@@ -66,8 +67,11 @@ TEST_F(Intervals, ShowWhatAWriterDoes)
 TEST_F(Intervals, GoOnWhileThereAreNoTables)
 {
     Finished const run = stat({"-i", "0.01", "-c", "2", "-J"});
-    std::string const block = "{\n   \"tables\": [\n   ],\n   \"unread_processes\": 0\n}\n";
-    EXPECT_EQ(run.out, block + "\n" + block);
+    // Versions of libsmartcols differ in the spaces of an empty list.
+    std::string text;
+    std::ranges::copy_if(run.out, std::back_inserter(text), [](char c) { return c > ' '; });
+    std::string const block = R"({"tables":[],"unread_processes":0})";
+    EXPECT_EQ(text, block + block);
     EXPECT_EQ(run.exitStatus, 0);
 }
 
