@@ -76,6 +76,9 @@ public:
     // Bytes of the slot file that are mapped; 0 while nothing is.
     unsigned mappedSlotBytes() const { return slots.mappedSize(); }
 
+    // The slot file's size in bytes now, which grows with the table.
+    unsigned slotFileSize() const { return slots.fileSize(); }
+
     std::uint32_t lookasideHits() const { return statistics.lookasideHits; }
     std::uint32_t chainRestarts() const { return chainRestarts_; }
     ReaderStatistics const& readerStatistics() const { return statistics; }

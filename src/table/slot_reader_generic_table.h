@@ -136,6 +136,9 @@ public:
     // Bytes of the file that are mapped; 0 while nothing is.
     unsigned mappedSize() const { return mem.mappedSize(); }
 
+    // The file's size in bytes now.
+    unsigned fileSize() const { return mem.memSize(); }
+
     // The mapped header. Precondition: attached.
     Header const& liveHeader() const { return *header; }
 
