@@ -116,7 +116,7 @@ TEST_F(Details, ShowWhatAWalkFinds)
 
 TEST_F(Details, DrawAsWideAsTheTerminal)
 {
-    for (unsigned short const width : {40, 80, 200}) {
+    for (unsigned short const width : std::initializer_list<unsigned short>{40, 80, 200}) {
         std::string const out = onTerminal({"-v"}, width);
         EXPECT_NE(out.find("    0 4 " + std::string(width - 8u, '#') + "\n"), out.npos) << out;
     }
