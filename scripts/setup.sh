@@ -24,6 +24,7 @@ is_here() {
         rapidjson-dev) compiles "${CXX:-c++}" '#include <rapidjson/writer.h>' ;;
         python3-jsonschema) python3 -c 'import jsonschema' 2> /dev/null ;;
         libbenchmark-dev) compiles "${CXX:-c++}" '#include <benchmark/benchmark.h>' ;;
+        libsmartcols-dev) compiles "${CXX:-c++}" '#include <libsmartcols/libsmartcols.h>' ;;
         googletest) [ -d /usr/src/googletest ] ;;
         ninja-build) command -v ninja > /dev/null ;;
         g++-aarch64-linux-gnu) command -v aarch64-linux-gnu-g++ > /dev/null ;;

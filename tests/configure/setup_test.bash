@@ -49,6 +49,9 @@ paste()
 begin
 expect 0 '' 'need "${build_packages[@]}"'
 
+# So are the libraries.
+expect 0 '' 'need "${json_packages[@]}" "${stat_packages[@]}" libgtest-dev libgmock-dev libbenchmark-dev'
+
 # A version is compared as numbers.
 for version in 3.25.0 3.100.2 4.0.3; do
     program cmake "echo 'cmake version $version'"
