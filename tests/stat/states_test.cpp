@@ -244,6 +244,17 @@ TEST_F(States, FilesOfTheSameNamesInAnotherMountNamespaceAreSomebodyElses)
     expectRow("NAME,WRITER,STALE,STATE", "feed none 0 ok");
 }
 
+TEST_F(States, RemovedFilesInAnotherMountNamespaceMakeNoRow)
+{
+    std::string const feed = directory();
+    ElsewhereClient const client("mount -t tmpfs none " + root.path() + "; mkdir " + feed +
+                                     "; head -c 4096 /dev/zero > " + feed + "/slots",
+                                 feed + "/slots:r");
+    std::string const there = "/proc/" + std::to_string(client.pid()) + "/root" + feed;
+    ASSERT_GT(std::filesystem::remove_all(there), 0u);
+    EXPECT_EQ(stat({}).err, "No table was found.\n");
+}
+
 TEST_F(States, TheSameFilesByAnotherNameInAnotherMountNamespaceAreTheTables)
 {
     make(ordinary());
