@@ -29,7 +29,10 @@ template <typename Buffer>
 Buffer makeValueBuffer(Dovan::Platform::DebugHandler& handler, unsigned valueSize,
                        unsigned fileSize, Buffer (*allocate)(std::size_t size))
 {
-    Buffer buffer = valueSize <= fileSize ? allocate(valueSize) : Buffer();
+    Buffer buffer;
+    if (valueSize <= fileSize) {
+        buffer = allocate(valueSize);
+    }
     if (buffer == nullptr) {
         failForValueBuffer(handler, valueSize, fileSize);
     }

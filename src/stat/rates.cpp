@@ -29,7 +29,9 @@ std::optional<Rates> ratesBetween(TableFigures const& before, TableFigures const
     auto const& from = before.main->slots;
     auto const& to = after.main->slots;
     Rates rates;
-    rates.updates = steps(from.lookaside.sequence, to.lookaside.sequence) / stepOfUpdate / seconds;
+    // Whole updates: a rewrite that is under way has not taken its last step.
+    auto const updates = steps(from.lookaside.sequence, to.lookaside.sequence) / stepOfUpdate;
+    rates.updates = updates / seconds;
     rates.growths = steps(from.mappedSlots.version, to.mappedSlots.version) / seconds;
     rates.net = (static_cast<double>(to.occupiedSlots) - from.occupiedSlots) / seconds;
     if (before.notifications && after.notifications) {

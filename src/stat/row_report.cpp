@@ -1,6 +1,7 @@
 #include "stat/row_report.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iomanip>
 #include <iostream>
 #include <map>
@@ -44,7 +45,9 @@ std::string rowsOf(Look const& look, Look const* before, std::vector<Column cons
                    Options const& options, Terminal const& terminal)
 {
     std::map<std::string, TableFigures const*> figuresBefore;
+    std::chrono::duration<double> elapsed(0);
     if (before != nullptr) {
+        elapsed = look.time - before->time;
         for (TableLook const& table : before->tables) {
             figuresBefore.emplace(table.name, &table.figures);
         }
@@ -56,7 +59,7 @@ std::string rowsOf(Look const& look, Look const* before, std::vector<Column cons
     for (TableLook const& table : look.tables) {
         std::optional<Rates> rates;
         if (auto const found = figuresBefore.find(table.name); found != figuresBefore.end()) {
-            rates = ratesBetween(*found->second, table.figures, look.time - before->time);
+            rates = ratesBetween(*found->second, table.figures, elapsed);
         }
         auto const conditions = conditionsOf(table.figures, table.clients, options.limits);
         rows.add({table, stateText(conditions, table.figures.problem), rates});

@@ -68,7 +68,7 @@ int runJob(Options const& options)
 int run(int argc, char** argv)
 {
     // For the characters that may be printed; numbers stay as they are everywhere.
-    std::setlocale(LC_CTYPE, "");
+    static_cast<void>(std::setlocale(LC_CTYPE, ""));
     std::optional const options = parseOptions(argc, argv);
     if (!options) {
         std::cerr << "Try 'quask-stat --help'." << std::endl;

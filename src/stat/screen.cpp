@@ -128,7 +128,7 @@ std::optional<Screen::Event> Screen::takeSignal()
             return Event::resized;
         case SIGTSTP:
             leave();
-            raise(SIGSTOP);
+            static_cast<void>(raise(SIGSTOP));
             enter();
             return Event::resized;
         case SIGCONT:
