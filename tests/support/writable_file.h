@@ -20,7 +20,7 @@ public:
     // may be touched as soon as the file has been lengthened, so the mapping never has to move.
     std::byte* map(std::uint64_t span);
 
-    // Makes the file at least `size` bytes long, zeros after what it had, with memory behind it. A
+    // Makes the file at least `size` bytes long, zeros after what it had, all of it in memory. A
     // store observer is called before that.
     void lengthen(std::uint64_t size);
 
