@@ -53,9 +53,7 @@ int checkTables(Options const& options, Look const& look)
     std::size_t wrong = 0;
     for (TableLook const& table : look.tables) {
         auto const conditions = conditionsOf(table.figures, table.clients, options.limits);
-        for (Condition const condition : conditions) {
-            worst = worse(worst, severityOf(condition));
-        }
+        worst = worse(worst, worstOf(conditions));
         if (!conditions.empty()) {
             ++wrong;
             lines += lineOf(table, stateText(conditions, table.figures.problem));

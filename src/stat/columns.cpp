@@ -27,10 +27,12 @@ Cell slotsField(Row const& row)
     return main ? Cell(std::to_string(main->slots.*field)) : std::nullopt;
 }
 
-Cell percentCell(Row const& row)
+// A figure that several of the headers' fields make.
+template <std::optional<std::uint64_t> (TableFigures::*figure)() const>
+Cell figureCell(Row const& row)
 {
-    auto const percent = row.look.figures.percentUsed();
-    return percent ? Cell(std::to_string(*percent)) : std::nullopt;
+    auto const value = (row.look.figures.*figure)();
+    return value ? Cell(std::to_string(*value)) : std::nullopt;
 }
 
 Cell loadCell(Row const& row)
@@ -40,16 +42,6 @@ Cell loadCell(Row const& row)
         return std::nullopt;
     }
     return decimal(double(main->slots.occupiedSlots) / main->buckets.numBuckets, 2);
-}
-
-Cell notificationsCell(Row const& row)
-{
-    auto const& both = row.look.figures.notifications;
-    if (!both) {
-        return std::nullopt;
-    }
-    return std::to_string(std::uint64_t{both->primary.notifications.value} +
-                          both->secondary.notifications.value);
 }
 
 template <Role role>
@@ -79,7 +71,8 @@ constexpr std::array<Column, 22> columns{{
      }},
     {"MAX", "the most slots that there may be", Kind::number, false,
      slotsField<&SlotsHeader::maxSlots>},
-    {"USE%", "USED in hundredths of MAX, rounded down", Kind::number, false, percentCell},
+    {"USE%", "USED in hundredths of MAX, rounded down", Kind::number, false,
+     figureCell<&TableFigures::percentUsed>},
     {"BUCKETS", "number of buckets", Kind::number, false,
      [](Row const& row) -> Cell {
          auto const& main = row.look.figures.main;
@@ -99,12 +92,9 @@ constexpr std::array<Column, 22> columns{{
          return main ? Cell(std::to_string(main->slots.mappedSlots.version)) : std::nullopt;
      }},
     {"UPDATES", "how often a value was rewritten in place (modulo 2^30)", Kind::number, false,
-     [](Row const& row) -> Cell {
-         auto const& main = row.look.figures.main;
-         return main ? Cell(std::to_string(main->slots.lookaside.sequence / 4)) : std::nullopt;
-     }},
+     figureCell<&TableFigures::updates>},
     {"NOTIFICATIONS", "number of notifications, of both notification tables", Kind::number, false,
-     notificationsCell},
+     figureCell<&TableFigures::notificationCount>},
     {"VALUE", "type of a value", Kind::name, false,
      [](Row const& row) -> Cell {
          auto const& main = row.look.figures.main;

@@ -69,17 +69,9 @@ constexpr std::array<Family, 13> families{{
          return main ? Sample(main->slots.mappedSlots.version) : std::nullopt;
      }},
     {"quask_updates_total", "counter", "How often a value was rewritten in place.",
-     [](TableLook const& table) -> Sample {
-         auto const& main = table.figures.main;
-         return main ? Sample(main->slots.lookaside.sequence / 4) : std::nullopt;
-     }},
+     [](TableLook const& table) { return table.figures.updates(); }},
     {"quask_notifications_total", "counter", "Notifications of both notification tables.",
-     [](TableLook const& table) -> Sample {
-         auto const& both = table.figures.notifications;
-         return both ? Sample(std::uint64_t{both->primary.notifications.value} +
-                              both->secondary.notifications.value)
-                     : std::nullopt;
-     }},
+     [](TableLook const& table) { return table.figures.notificationCount(); }},
 }};
 
 std::string label(std::string_view name)
@@ -119,10 +111,7 @@ void printMetrics(Look const& look, Limits const& limits, std::ostream& out)
     printHead(out, "quask_status", "gauge",
               "As of quask-stat --check: 0 all right, 1 warning, 2 critical, 3 cannot tell.");
     for (TableLook const& table : look.tables) {
-        Severity worst = Severity::fine;
-        for (Condition const condition : conditionsOf(table.figures, table.clients, limits)) {
-            worst = worse(worst, severityOf(condition));
-        }
+        Severity const worst = worstOf(conditionsOf(table.figures, table.clients, limits));
         out << "quask_status" << label(table.name) << " " << static_cast<int>(worst) << "\n";
     }
     printHead(out, "quask_unread_processes", "gauge",

@@ -9,9 +9,6 @@ std::uint32_t steps(std::uint32_t before, std::uint32_t after)
     return after - before;
 }
 
-// The writer adds this to the lookaside slot's sequence with each update.
-constexpr std::uint32_t stepOfUpdate = 4;
-
 bool isSameTable(TableFigures const& before, TableFigures const& after)
 {
     return before.main && after.main && before.files == after.files;
@@ -29,8 +26,8 @@ std::optional<Rates> ratesBetween(TableFigures const& before, TableFigures const
     auto const& from = before.main->slots;
     auto const& to = after.main->slots;
     Rates rates;
-    // Whole updates: a rewrite that is under way has not taken its last step.
-    auto const updates = steps(from.lookaside.sequence, to.lookaside.sequence) / stepOfUpdate;
+    std::uint32_t const updates =
+        steps(from.lookaside.sequence, to.lookaside.sequence) / stepOfUpdate;
     rates.updates = updates / seconds;
     rates.growths = steps(from.mappedSlots.version, to.mappedSlots.version) / seconds;
     rates.net = (static_cast<double>(to.occupiedSlots) - from.occupiedSlots) / seconds;

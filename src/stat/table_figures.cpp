@@ -106,6 +106,21 @@ std::optional<std::uint64_t> TableFigures::percentUsed() const
     return std::uint64_t{100} * main->slots.occupiedSlots / main->slots.maxSlots;
 }
 
+std::optional<std::uint64_t> TableFigures::updates() const
+{
+    return main ? std::optional<std::uint64_t>(main->slots.lookaside.sequence / stepOfUpdate)
+                : std::nullopt;
+}
+
+std::optional<std::uint64_t> TableFigures::notificationCount() const
+{
+    if (!notifications) {
+        return std::nullopt;
+    }
+    return std::uint64_t{notifications->primary.notifications.value} +
+           notifications->secondary.notifications.value;
+}
+
 TableFigures readTableFigures(std::string const& tableName)
 {
     QuaskReaderGeneric reader(tableName);

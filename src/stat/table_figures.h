@@ -27,6 +27,9 @@ struct NotificationHeaders
     Vandral::Header secondary;
 };
 
+// What the writer adds to the lookaside slot's sequence with each update.
+inline constexpr std::uint32_t stepOfUpdate = 4;
+
 // What the files of one table say without a walk. What could be read is there; `problem` says in
 // words why something is not.
 struct TableFigures
@@ -48,6 +51,12 @@ struct TableFigures
     // Slots that hold an element, in hundredths of the most that there may be, rounded down;
     // nothing when there may be none.
     std::optional<std::uint64_t> percentUsed() const;
+
+    // How often a value was rewritten in place, modulo 2^30.
+    std::optional<std::uint64_t> updates() const;
+
+    // The notifications of both notification tables together, each modulo 2^32.
+    std::optional<std::uint64_t> notificationCount() const;
 };
 
 inline constexpr std::array<char const*, 5> tableFileNames{"buckets", "slots", "vandral.1",

@@ -82,6 +82,15 @@ Severity worse(Severity left, Severity right)
     return rankOf(left) < rankOf(right) ? right : left;
 }
 
+Severity worstOf(std::vector<Condition> const& conditions)
+{
+    Severity worst = Severity::fine;
+    for (Condition const condition : conditions) {
+        worst = worse(worst, severityOf(condition));
+    }
+    return worst;
+}
+
 std::string stateText(std::vector<Condition> const& conditions, std::string const& problem)
 {
     std::string text;

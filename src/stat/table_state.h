@@ -47,6 +47,9 @@ Severity severityOf(Condition condition);
 // The worst of them: critical, then "cannot tell", since it may be critical, then warning.
 Severity worse(Severity left, Severity right);
 
+// The worst of those of all conditions; fine without any.
+Severity worstOf(std::vector<Condition> const& conditions);
+
 // The conditions in words, ", " between them; "ok" when there is none. `problem` is why the table
 // is unreadable.
 std::string stateText(std::vector<Condition> const& conditions, std::string const& problem);
