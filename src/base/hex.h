@@ -25,11 +25,11 @@ inline char* writeDumpHex(char* out, void const* data, std::size_t size)
 {
     auto const* bytes = static_cast<unsigned char const*>(data);
     for (; size > 8; bytes += 8, size -= 8) {
-        out = HexDigits::write8(out, bytes);
+        out = HexDigits::write8Spaced(out, bytes);
         *out++ = ' ';
     }
     if (size == 8) {
-        return HexDigits::write8(out, bytes);
+        return HexDigits::write8Spaced(out, bytes);
     }
     if (size > 4) {
         out = HexDigits::write4(out, HexDigits::load(bytes, 4));
@@ -54,8 +54,13 @@ constexpr std::size_t dumpHexSlack = 8;
 inline char* writeHexDigits(char* out, void const* data, std::size_t size)
 {
     auto const* bytes = static_cast<unsigned char const*>(data);
-    for (; size >= 4; bytes += 4, size -= 4) {
+    for (; size >= 8; bytes += 8, size -= 8) {
+        out = HexDigits::write8(out, bytes);
+    }
+    if (size >= 4) {
         out = HexDigits::write4(out, HexDigits::load(bytes, 4));
+        bytes += 4;
+        size -= 4;
     }
     if (size == 0) {
         return out;

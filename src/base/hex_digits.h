@@ -49,10 +49,22 @@ inline char* write4(char* out, std::uint32_t word)
     return out + 8;
 }
 
-// Writes the digits of eight bytes, a space between the fourth and the fifth.
+inline __m128i digitsOf8(unsigned char const* bytes)
+{
+    return digitsOf(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(bytes)));
+}
+
+// Writes the digits of eight bytes.
 inline char* write8(char* out, unsigned char const* bytes)
 {
-    __m128i const digits = digitsOf(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(bytes)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), digitsOf8(bytes));
+    return out + 16;
+}
+
+// The same with a space between the fourth byte and the fifth.
+inline char* write8Spaced(char* out, unsigned char const* bytes)
+{
+    __m128i const digits = digitsOf8(bytes);
     store8(out, digits);
     out[8] = ' ';
     store8(out + 9, _mm_unpackhi_epi64(digits, digits));
@@ -80,6 +92,11 @@ inline char* write4(char* out, std::uint32_t word)
 }
 
 inline char* write8(char* out, unsigned char const* bytes)
+{
+    return write4(write4(out, load(bytes, 4)), load(bytes + 4, 4));
+}
+
+inline char* write8Spaced(char* out, unsigned char const* bytes)
 {
     out = write4(out, load(bytes, 4));
     *out++ = ' ';

@@ -1,21 +1,21 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <optional>
 #include <string_view>
 
 #include "base/decimal.h"
-#include "json/json_writer.h"
-#include "support/value_type.h"
+#include "table/chain_batch.h"
 
-// The line of a bucket: {"bucket":4,"elements":[{"slot":20,...},...]}. It is put together by hand,
-// but for the values: with a call of the writer for each member, a scan takes three times as long
-// as that of quask.
+// The pieces of a bucket's line, {"bucket":4,"elements":[{"slot":20,...},...]}, but for the values.
+// They are written by hand: with a call of the writer for each member, a scan takes three times as
+// long as that of quask. Each function writes to memory that has room for all pieces of an element,
+// and returns the address after what it has written.
 namespace Quask::Json {
 
-// Room for the pieces between two values.
+// Characters that these pieces of one element may overwrite, with both ends of the line.
 inline constexpr std::size_t pieceRoom = 128;
 
 inline char* write(char* out, std::string_view piece)
@@ -24,42 +24,74 @@ inline char* write(char* out, std::string_view piece)
     return out + piece.size();
 }
 
-template <typename Stream>
-void beginBucket(JsonWriter<Stream>& writer, unsigned bucket)
+inline char* beginLine(char* out, unsigned bucket)
 {
-    char* out = writer.text().reserve(pieceRoom);
-    out = Dovan::writeDecimal(write(out, "{\"bucket\":"), bucket);
-    writer.text().advanceTo(write(out, ",\"elements\":["));
+    return write(Dovan::writeDecimal(write(out, "{\"bucket\":"), bucket), ",\"elements\":[");
 }
 
-template <typename Stream>
-void endBucket(JsonWriter<Stream>& writer)
+inline char* endLine(char* out)
 {
-    writer.text().advanceTo(write(writer.text().reserve(pieceRoom), "]}\n"));
+    return write(out, "]}\n");
 }
 
-// One element, in `slot`: its value, if its type is known, and the value's bytes, after which there
-// is a NUL. `lookaside` says that the value was taken from the lookaside slot.
-template <typename Stream>
-void writeElement(JsonWriter<Stream>& writer, bool isFirst, std::uint32_t slot,
-                  std::optional<Dovan::Platform::ValueType> const& valueType,
-                  unsigned char const* bytes, std::size_t size, bool lookaside)
+// The beginnings of a batch's lines. Those of ten neighbouring buckets differ in their last digit
+// only: they are written once, and the digit each time. One thread.
+class LineBeginnings
 {
-    Stream& text = writer.text();
-    char* out = text.reserve(pieceRoom);
-    if (!isFirst) {
-        *out++ = ',';
+public:
+    explicit LineBeginnings(unsigned firstBucket) : firstGroup_(firstBucket / groupSize)
+    {
+        for (unsigned i = 0; i < groups_.size(); ++i) {
+            Group& group = groups_[i];
+            group.size = beginLine(group.text, (firstGroup_ + i) * groupSize) - group.text;
+        }
     }
-    out = Dovan::writeDecimal(write(out, "{\"slot\":"), slot);
-    if (valueType) {
-        text.advanceTo(write(out, ",\"value\":"));
-        writer.put(*valueType, bytes);
-        out = text.reserve(pieceRoom);
+
+    // Writes that of a bucket of the batch; the address after it. Overwrites 48 characters.
+    char* write(char* out, unsigned bucket) const
+    {
+        unsigned const number = bucket / groupSize;
+        Group const& group = groups_[number - firstGroup_];
+        std::memcpy(out, group.text, sizeof group.text);
+        char* const end = out + group.size;
+        end[lastDigit] = static_cast<char>('0' + (bucket - number * groupSize));
+        return end;
     }
-    text.advanceTo(write(out, ",\"hex\":"));
-    writer.putHex(bytes, size);
-    out = write(text.reserve(pieceRoom), ",\"lookaside\":");
-    text.advanceTo(lookaside ? write(out, "true}") : write(out, "false}"));
+
+private:
+    static constexpr unsigned groupSize = 10;
+    static constexpr std::ptrdiff_t lastDigit = -14;  // from the end
+
+    struct Group
+    {
+        char text[48];  // `{"bucket":`, at most 10 digits, `,"elements":[`
+        std::ptrdiff_t size;
+    };
+
+    unsigned firstGroup_;
+    std::array<Group, ChainBatch::width / groupSize + 2> groups_;
+};
+
+// Up to the value's member, or that of its bytes where the type is not known.
+inline char* beginElement(char* out, std::uint32_t slot)
+{
+    return Dovan::writeDecimal(write(out, "{\"slot\":"), slot);
+}
+
+inline char* beginValue(char* out)
+{
+    return write(out, ",\"value\":");
+}
+
+inline char* beginHex(char* out)
+{
+    return write(out, ",\"hex\":\"");
+}
+
+// From the end of the hexadecimal digits on.
+inline char* endElement(char* out, bool lookaside)
+{
+    return write(out, lookaside ? "\",\"lookaside\":true}" : "\",\"lookaside\":false}");
 }
 
 }  // namespace Quask::Json

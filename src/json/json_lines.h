@@ -1,14 +1,19 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <ostream>
 
+#include "base/hex.h"
+#include "base/text_buffer.h"
 #include "json/element.h"
 #include "json/json_writer.h"
 #include "json/streams.h"
 #include "report/line_output.h"
 #include "support/value_type.h"
+#include "table/chain_batch.h"
 #include "table/scan_handler.h"
 #include "table/slot_ref.h"
 
@@ -36,13 +41,30 @@ public:
     // Throws the line away. Always true.
     bool restart(unsigned bucket) override;
 
+    // Writes the lines of a batch. Always true.
+    bool handleBatch(ChainBatch const& batch);
+
 private:
+    // Writes the member of a value to memory that has room for it; the address after it.
+    char* writeValue(char* out, unsigned char const* bytes)
+    {
+        value_.advanceTo(beginValue(out));
+        writer_.put(*valueType_, bytes);
+        return value_.reserve(0);
+    }
+
+    // Writes the lines of a batch. `writeMember` writes the member of a value as writeValue() does.
+    template <typename WriteValue>
+    void writeLines(ChainBatch const& batch, WriteValue const& writeMember);
+
     std::unique_ptr<unsigned char[]> const buffer_;
     std::optional<Dovan::Platform::ValueType> const valueType_;
     bool const printEmpty_;
-    KeptText line_;  // so far; empty until the chain's first element
+    std::size_t const elementRoom_;  // characters that an element takes, with both ends of the line
+    Dovan::TextBuffer line_;         // so far; empty until the chain's first element
     LineOutput lines_;
-    JsonWriter<KeptText> writer_;
+    RoomyText value_;  // a part of the line
+    JsonWriter<RoomyText> writer_;
 };
 
 // Made part of the walk's loop, as those of QuaskTextify are.
@@ -51,23 +73,32 @@ private:
                                                          unsigned char* valueBytes, unsigned length,
                                                          bool lookaside, unsigned /*sequence*/)
 {
-    bool const isFirst = line_.empty();
-    if (isFirst) {
-        beginBucket(writer_, bucket);
+    char* out = line_.reserve(elementRoom_);
+    if (line_.empty()) {
+        out = beginLine(out, bucket);
+    } else {
+        *out++ = ',';
     }
-    writeElement(writer_, isFirst, ref.index, valueType_, valueBytes, length, lookaside);
+    out = beginElement(out, ref.index);
+    if (valueType_) {
+        out = writeValue(out, valueBytes);
+    }
+    out = Dovan::writeHexDigits(beginHex(out), valueBytes, length);
+    line_.advanceTo(endElement(out, lookaside));
     return true;
 }
 
 [[gnu::always_inline]] inline bool JsonLines::done(unsigned bucket, SlotRef const& /*ref*/)
 {
-    if (line_.empty()) {
-        if (!printEmpty_) {
-            return true;
-        }
-        beginBucket(writer_, bucket);
+    bool const isEmpty = line_.empty();
+    if (isEmpty && !printEmpty_) {
+        return true;
     }
-    endBucket(writer_);
+    char* out = line_.reserve(pieceRoom);
+    if (isEmpty) {
+        out = beginLine(out, bucket);
+    }
+    line_.advanceTo(endLine(out));
     lines_.write(line_.view());
     line_.clear();
     return true;

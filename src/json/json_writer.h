@@ -19,8 +19,10 @@
 
 // Copies what needs no escape at once, as RapidJSON does for its own buffer. There is room for it.
 template <>
-inline bool rapidjson::Writer<Quask::Json::KeptText, Quask::Json::LenientUtf8, rapidjson::ASCII<>>::
-    ScanWriteUnescapedString(GenericStringStream<Quask::Json::LenientUtf8>& is, std::size_t length)
+inline bool rapidjson::Writer<
+    Quask::Json::RoomyText, Quask::Json::LenientUtf8,
+    rapidjson::ASCII<>>::ScanWriteUnescapedString(GenericStringStream<Quask::Json::LenientUtf8>& is,
+                                                  std::size_t length)
 {
     char const* const end = is.head_ + length;
     char* out = os_->reserve(0);
@@ -34,8 +36,15 @@ inline bool rapidjson::Writer<Quask::Json::KeptText, Quask::Json::LenientUtf8, r
 
 namespace Quask::Json {
 
-// Writes JSON to a Stream, KeptText or PiecewiseText: RapidJSON's writer with what reports are made
-// of. The text is ASCII and has no newline, whatever the contents are. One thread.
+// Characters that the text of a value of this size in bytes may overwrite. No byte makes more than
+// six of them, in a string (\u001f) as in an array (false,).
+constexpr std::size_t valueRoom(std::size_t valueSize)
+{
+    return 6 * valueSize + 2 + Dovan::Platform::ElementText::maxElementText;
+}
+
+// Writes JSON to a Stream, RoomyText or PiecewiseText: RapidJSON's writer with what reports are
+// made of. The text is ASCII and has no newline, whatever the contents are. One thread.
 template <typename Stream>
 class JsonWriter : private rapidjson::Writer<Stream, LenientUtf8, rapidjson::ASCII<>>
 {
@@ -86,8 +95,16 @@ public:
     // A string of two lower-case hexadecimal digits per byte.
     void hex(unsigned char const* bytes, std::size_t size)
     {
+        constexpr std::size_t pieceSize = 4096;
         this->Prefix(rapidjson::kStringType);
-        putHex(bytes, size);
+        this->os_->Put('"');
+        for (std::size_t done = 0; done < size;) {
+            std::size_t const count = std::min(pieceSize, size - done);
+            char* const out = this->os_->reserve(2 * count + Dovan::hexDigitsSlack);
+            this->os_->advanceTo(Dovan::writeHexDigits(out, bytes + done, count));
+            done += count;
+        }
+        this->os_->Put('"');
     }
 
     void null() { this->Null(); }
@@ -99,24 +116,9 @@ public:
         value(memberValue);
     }
 
-    // The pieces of a text that is put together by hand: see element.h.
-
-    Stream& text() { return *this->os_; }
-
-    template <std::integral Number>
-    void put(Number number)
-    {
-        putElement<Number>(reinterpret_cast<unsigned char const*>(&number));
-    }
-
-    void put(std::string_view text)
-    {
-        this->WriteString(text.empty() ? "" : text.data(),
-                          static_cast<rapidjson::SizeType>(text.size()));
-    }
-
-    // A number, null for one that is not finite, true or false, a string for characters up to the
-    // first NUL, an array of these. The bytes need no alignment; a NUL follows them.
+    // The same where all else of the text is written by hand: a number, null for one that is not
+    // finite, true or false, a string for characters up to the first NUL, an array of these. The
+    // bytes need no alignment; a NUL follows those of characters.
     void put(Dovan::Platform::ValueType const& type, unsigned char const* bytes)
     {
         Dovan::Platform::visitElementType(
@@ -136,35 +138,39 @@ public:
             });
     }
 
-    void putHex(unsigned char const* bytes, std::size_t size)
-    {
-        constexpr std::size_t pieceSize = 4096;
-        this->os_->Put('"');
-        for (std::size_t done = 0; done < size;) {
-            std::size_t const count = std::min(pieceSize, size - done);
-            char* const out = this->os_->reserve(2 * count + Dovan::hexDigitsSlack);
-            this->os_->advanceTo(Dovan::writeHexDigits(out, bytes + done, count));
-            done += count;
-        }
-        this->os_->Put('"');
-    }
-
-private:
-    // The texts of numbers and truth values are JSON as they are.
+    // Writes one T, no char, to memory that has room for maxElementText characters; the address
+    // after it. The texts of numbers and truth values are JSON as they are.
     template <typename T>
-    void putElement(unsigned char const* bytes)
+    static char* write(char* out, unsigned char const* bytes)
     {
-        using Dovan::Platform::ElementText::maxElementText;
         if constexpr (std::is_floating_point_v<T>) {
             T number;
             std::memcpy(&number, bytes, sizeof number);
             if (!std::isfinite(number)) {
-                this->WriteNull();
-                return;
+                return static_cast<char*>(std::memcpy(out, "null", 4)) + 4;
             }
         }
-        char* const out = this->os_->reserve(maxElementText);
-        this->os_->advanceTo(Dovan::Platform::ElementText::writeElement<T>(out, bytes));
+        return Dovan::Platform::ElementText::writeElement<T>(out, bytes);
+    }
+
+private:
+    template <std::integral Number>
+    void put(Number number)
+    {
+        putElement<Number>(reinterpret_cast<unsigned char const*>(&number));
+    }
+
+    void put(std::string_view text)
+    {
+        this->WriteString(text.empty() ? "" : text.data(),
+                          static_cast<rapidjson::SizeType>(text.size()));
+    }
+
+    template <typename T>
+    void putElement(unsigned char const* bytes)
+    {
+        char* const out = this->os_->reserve(Dovan::Platform::ElementText::maxElementText);
+        this->os_->advanceTo(write<T>(out, bytes));
     }
 };
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "json/element.h"
+#include "json/json_writer.h"
 
 namespace Quask::Json {
 
@@ -13,18 +13,31 @@ LargeValueJson::LargeValueJson(Dovan::ZeroedBytes buffer, unsigned valueSize,
                                QuaskReaderGeneric const& reader)
     : KeptChain(std::move(buffer), valueSize, std::size_t{valueSize} + 1, showEmpty, reader),
       valueType_(valueType),
-      text_(output),
-      writer_(text_)
+      text_(output)
 {}
 
 void LargeValueJson::write(unsigned bucket, std::span<Element const> elements)
 {
-    beginBucket(writer_, bucket);
+    JsonWriter<PiecewiseText> writer(text_);
+    writer.beginObject();
+    writer.member("bucket", bucket);
+    writer.name("elements");
+    writer.beginArray();
     for (Element const& element : elements) {
-        writeElement(writer_, &element == elements.data(), element.index, valueType_,
-                     element.bytes.get(), size, element.lookaside);
+        writer.beginObject();
+        writer.member("slot", element.index);
+        if (valueType_) {
+            writer.name("value");
+            writer.value(*valueType_, element.bytes.get());
+        }
+        writer.name("hex");
+        writer.hex(element.bytes.get(), size);
+        writer.member("lookaside", element.lookaside);
+        writer.endObject();
     }
-    endBucket(writer_);
+    writer.endArray();
+    writer.endObject();
+    text_.Put('\n');
     text_.writeOut();
 }
 

@@ -5,7 +5,6 @@
 #include <span>
 
 #include "base/zeroed_bytes.h"
-#include "json/json_writer.h"
 #include "json/streams.h"
 #include "report/kept_chain.h"
 #include "support/value_type.h"
@@ -30,7 +29,6 @@ private:
 
     std::optional<Dovan::Platform::ValueType> const valueType_;
     PiecewiseText text_;
-    JsonWriter<PiecewiseText> writer_;
 };
 
 }  // namespace Quask::Json

@@ -3,35 +3,33 @@
 #include <cstddef>
 #include <memory>
 #include <ostream>
-#include <string_view>
-
-#include "base/text_buffer.h"
 
 // What a JsonWriter writes to. Both have reserve() and advanceTo() as a TextBuffer has them, and
 // Put() and Flush() as RapidJSON asks for them.
 namespace Quask::Json {
 
-// A text that stays in memory until its owner takes it: the line of a chain that may have to be
-// walked again. One thread.
-class KeptText : public Dovan::TextBuffer
+// A text in memory that has room for all of it, which its user has seen to. One thread.
+class RoomyText
 {
 public:
     using Ch = char;
 
-    void Put(char c) { append(c); }
+    // Where the text goes on; there is room.
+    char* reserve(std::size_t /*count*/) const { return end_; }
+
+    void advanceTo(char* end) { end_ = end; }
+    void Put(char c) { *end_++ = c; }
     void Flush() {}
+
+private:
+    char* end_ = nullptr;
 };
 
-// How RapidJSON puts the characters of one string, for all of which there is room.
-inline void PutReserve(KeptText& text, std::size_t count)
+// How RapidJSON puts the characters of one string.
+inline void PutReserve(RoomyText& /*text*/, std::size_t /*count*/) {}
+inline void PutUnsafe(RoomyText& text, char c)
 {
-    text.reserve(count);
-}
-inline void PutUnsafe(KeptText& text, char c)
-{
-    char* const end = text.reserve(0);
-    *end = c;
-    text.advanceTo(end + 1);
+    text.Put(c);
 }
 
 // A text that goes to a stream in pieces: it is never all in memory. One that is not long goes
