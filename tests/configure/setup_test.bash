@@ -66,7 +66,20 @@ begin
 rm "$work/bin/ninja" "$work/bin/c++"
 expect 1 "$(paste 'g++ ninja-build')" 'need "${build_packages[@]}"'
 
+# A header or a Python module counts, wherever it is from; no package manager is asked for it.
+begin
+program python3 '[[ $* == "-c import jsonschema" ]]'
+expect 0 '' 'need rapidjson-dev python3-jsonschema'
+program c++ 'while read -r line; do [[ $line != "#include <rapidjson/writer.h>" ]] || exit 1; done'
+expect 1 "$(paste rapidjson-dev)" 'need g++ rapidjson-dev libgtest-dev python3-jsonschema'
+program python3 'exit 1'
+expect 1 "$(paste 'rapidjson-dev python3-jsonschema')" 'need rapidjson-dev python3-jsonschema'
+rm "$work/bin/python3"
+expect 1 "$(paste 'rapidjson-dev python3-jsonschema')" 'need rapidjson-dev python3-jsonschema'
+
 # A user who cannot become root gets the same message.
+begin
+rm "$work/bin/ninja"
 program apt-get 'echo called'
 program id 'echo 1000'
 expect 1 "$(paste ninja-build)" 'need cmake ninja-build'
