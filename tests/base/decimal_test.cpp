@@ -74,4 +74,16 @@ TEST(WriteDecimal, AgreesWithTheLibraryForEveryNumberOfDigits)
     }
 }
 
+// The digits are split in groups of four, and each group by multiplications that must be exact.
+TEST(WriteDecimal, IsExactForEveryGroupOfFourDigitsInEveryPlace)
+{
+    for (std::uint64_t place = 1; place <= 1000000000000; place *= 10000) {
+        for (std::uint64_t group = 0; group < 10000; ++group) {
+            ASSERT_EQ(decimalOf(group * place), std::to_string(group * place));
+            std::uint64_t const amongNines = 9999999999999999 - group * place;
+            ASSERT_EQ(decimalOf(amongNines), std::to_string(amongNines));
+        }
+    }
+}
+
 }  // namespace
