@@ -73,6 +73,11 @@ private:
     bool const usesPrinter_;
     std::size_t const elementRoom_;  // characters that an element takes, but for a printer's text
 
+    // Adds the lines of a batch. `writeValue` writes a value's text to memory that has room for it,
+    // and returns the address after it.
+    template <typename WriteValue>
+    void writeLines(ChainBatch const& batch, WriteValue writeValue);
+
     // "42:", in decimal.
     static char* writePrefix(char* out, unsigned number)
     {

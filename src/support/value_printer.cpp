@@ -21,6 +21,33 @@ using ElementText::write;
 using ElementText::writeCharacter;
 using ElementText::writeElement;
 
+// What T is to a program that wants more than its text, if there is a word for it.
+template <typename T>
+constexpr std::optional<ElementType> elementTypeOf()
+{
+    if constexpr (std::is_same_v<T, bool>) {
+        return ElementType::boolean;
+    } else if constexpr (std::is_same_v<T, char>) {
+        return ElementType::character;
+    } else if constexpr (std::is_floating_point_v<T>) {
+        return sizeof(T) == 4 ? ElementType::float32 : ElementType::float64;
+    } else if constexpr (std::is_integral_v<T>) {
+        constexpr bool isSigned = std::is_signed_v<T>;
+        switch (sizeof(T)) {
+            case 1:
+                return isSigned ? ElementType::int8 : ElementType::uint8;
+            case 2:
+                return isSigned ? ElementType::int16 : ElementType::uint16;
+            case 4:
+                return isSigned ? ElementType::int32 : ElementType::uint32;
+            default:
+                return isSigned ? ElementType::int64 : ElementType::uint64;
+        }
+    } else {
+        return std::nullopt;
+    }
+}
+
 template <typename T>
 class ElementPrinter final : public AppendingPrinter
 {
@@ -35,6 +62,8 @@ public:
     {
         return writeElement<T>(out, static_cast<unsigned char const*>(value));
     }
+
+    std::optional<ElementType> element() const override { return elementTypeOf<T>(); }
 };
 
 template <typename T>
@@ -183,46 +212,18 @@ ValuePrinter const* arrayPrinter(std::size_t count)
     return printerFor<Printer>(count);
 }
 
-// What T is to a program that wants more than its text, if there is a word for it.
-template <typename T>
-constexpr std::optional<ElementType> elementTypeOf()
-{
-    if constexpr (std::is_same_v<T, bool>) {
-        return ElementType::boolean;
-    } else if constexpr (std::is_same_v<T, char>) {
-        return ElementType::character;
-    } else if constexpr (std::is_floating_point_v<T>) {
-        return sizeof(T) == 4 ? ElementType::float32 : ElementType::float64;
-    } else if constexpr (std::is_integral_v<T>) {
-        constexpr bool isSigned = std::is_signed_v<T>;
-        switch (sizeof(T)) {
-            case 1:
-                return isSigned ? ElementType::int8 : ElementType::uint8;
-            case 2:
-                return isSigned ? ElementType::int16 : ElementType::uint16;
-            case 4:
-                return isSigned ? ElementType::int32 : ElementType::uint32;
-            default:
-                return isSigned ? ElementType::int64 : ElementType::uint64;
-        }
-    } else {
-        return std::nullopt;
-    }
-}
-
 struct NamedType
 {
     std::string_view name;
     std::size_t size;
     ValuePrinter const* (*printer)();
     ValuePrinter const* (*printerOfArray)(std::size_t count);
-    std::optional<ElementType> element = {};
 };
 
 template <typename T>
 constexpr NamedType named(std::string_view name)
 {
-    return {name, sizeof(T), elementPrinter<T>, arrayPrinter<T>, elementTypeOf<T>()};
+    return {name, sizeof(T), elementPrinter<T>, arrayPrinter<T>};
 }
 
 constexpr NamedType knownTypes[] = {
@@ -306,6 +307,11 @@ char* ValuePrinter::writeText(char* out, std::size_t room, void const* value) co
     return out + text.size();
 }
 
+std::optional<ElementType> ValuePrinter::element() const
+{
+    return std::nullopt;
+}
+
 std::size_t ValuePrinter::appendPart(TextBuffer& out, void const* value, std::size_t /*from*/) const
 {
     append(out, value);
@@ -336,10 +342,11 @@ ValuePrinter const* getValuePrinter(std::string typeName, int valueSize)
 std::optional<ValueType> findValueType(std::string_view typeName, std::size_t valueSize)
 {
     std::optional<Known> const known = findKnownType(typeName, valueSize);
-    if (!known || !known->type->element) {
+    auto const element = known ? known->type->printer()->element() : std::nullopt;
+    if (!element) {
         return std::nullopt;
     }
-    return ValueType{*known->type->element, known->count, known->isArray};
+    return ValueType{*element, known->count, known->isArray};
 }
 
 }  // namespace Dovan::Platform

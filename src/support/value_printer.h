@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <ostream>
 #include <string>
 
 #include "base/text_buffer.h"
+#include "support/value_type.h"
 
 namespace Dovan::Platform {
 
@@ -22,6 +24,10 @@ public:
     // Writes the same text to `out`, which has `room` characters, at least textRoom() of the
     // value's size; the address after the text. All of the room may be overwritten.
     virtual char* writeText(char* out, std::size_t room, void const* value) const;
+
+    // What the value is, if it is one element whose text is that of ElementText::writeElement():
+    // who writes many of them can do so without a call for each. Nothing for any other value.
+    virtual std::optional<ElementType> element() const;
 
     // More than the text of any value of this size in bytes takes.
     static constexpr std::size_t textRoom(std::size_t valueSize) { return 8 * valueSize + 32; }

@@ -84,8 +84,15 @@ TEST_F(BatchTextTest, IsTheSameForValuesOfAnyType)
     expectTheSame({"bool", 1, 130, 200, 1});
     expectTheSame({"char", 1, 130, 200, 2});
     expectTheSame({"double", 8, 130, 200, 3});
+    expectTheSame({"float", 4, 130, 200, 3});
+    expectTheSame({"int8_t", 1, 130, 200, 4});
+    expectTheSame({"short", 2, 130, 200, 4});
+    expectTheSame({"int", 4, 130, 200, 4});
     expectTheSame({"std::int64_t", 8, 130, 200, 4});
+    expectTheSame({"uint8_t", 1, 130, 200, 5});
+    expectTheSame({"uint16_t", 2, 130, 200, 5});
     expectTheSame({"unsigned", 4, 130, 200, 5});
+    expectTheSame({"uint64_t", 8, 130, 200, 5});
     expectTheSame({"bool[256]", 256, 130, 200, 6});
     expectTheSame({"char[100]", 100, 130, 200, 7});
     expectTheSame({"double[4]", 32, 130, 200, 8});

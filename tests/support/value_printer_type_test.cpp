@@ -6,14 +6,17 @@
 #include <cstdint>
 #include <initializer_list>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "base/hex.h"
 #include "support/value_printer.h"
+#include "support/value_type.h"
 
 namespace {
 
+using Dovan::Platform::ElementType;
 using Dovan::Platform::getValuePrinter;
 using Dovan::Platform::ValuePrinter;
 
@@ -226,6 +229,19 @@ TEST(ValuePrinterType, AnEmptyValueHasAnEmptyText)
     for (char const* const name : {"int", "bool", "char", "char[1]", "double", "", "Feed::Price"}) {
         EXPECT_EQ(getValuePrinter(name, 0)->print(""), "") << name;
     }
+}
+
+TEST(ValuePrinterType, OnlyAPrinterOfOneElementSaysWhatItIs)
+{
+    EXPECT_EQ(getValuePrinter("long", 8)->element(), ElementType::int64);
+    EXPECT_EQ(getValuePrinter("unsigned short", 2)->element(), ElementType::uint16);
+    EXPECT_EQ(getValuePrinter("bool", 1)->element(), ElementType::boolean);
+    EXPECT_EQ(getValuePrinter("char", 1)->element(), ElementType::character);
+    EXPECT_EQ(getValuePrinter("float", 4)->element(), ElementType::float32);
+    EXPECT_EQ(getValuePrinter("long[1]", 8)->element(), std::nullopt);
+    EXPECT_EQ(getValuePrinter("char[8]", 8)->element(), std::nullopt);
+    EXPECT_EQ(getValuePrinter("long", 4)->element(), std::nullopt);
+    EXPECT_EQ(getValuePrinter("Feed::Price", 8)->element(), std::nullopt);
 }
 
 TEST(ValuePrinterType, ASizeBeyondTheSignedNumbersIsNoSmallOne)
