@@ -2,15 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <csignal>
-#include <filesystem>
-#include <stdexcept>
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <string>
+#include <vector>
 
 #include "faults/faults_fixture.h"
 #include "support/mapping_client.h"
@@ -22,49 +15,6 @@ using QuaskTesting::Finished;
 using QuaskTesting::MappingClient;
 using testing::HasSubstr;
 
-// A process that has a table's slot file mapped and starts others, which inherit the mapping and
-// end at once, as fast as it can: some hundred to some thousand a second.
-class Churn
-{
-public:
-    explicit Churn(std::string const& slotFile)
-    {
-        pid_t const parent = getpid();
-        pid_ = fork();
-        if (pid_ == 0) {
-            prctl(PR_SET_PDEATHSIG, SIGKILL);
-            int const file = open(slotFile.c_str(), O_RDONLY | O_CLOEXEC);
-            mmap(nullptr, 4096, PROT_READ, MAP_SHARED, file, 0);
-            while (getppid() == parent) {
-                startAndReap();
-            }
-            _exit(0);
-        }
-    }
-    Churn(Churn const&) = delete;
-    Churn& operator=(Churn const&) = delete;
-    ~Churn()
-    {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-    }
-
-private:
-    // A few at a time, so that there are always some that are just ending.
-    static void startAndReap()
-    {
-        for (int i = 0; i < 4; ++i) {
-            if (fork() == 0) {
-                _exit(0);
-            }
-        }
-        while (waitpid(-1, nullptr, 0) > 0) {
-        }
-    }
-
-    pid_t pid_;
-};
-
 class VanishingProcesses : public QuaskTesting::FaultsTest
 {
 protected:
@@ -75,7 +25,7 @@ protected:
     {
         std::string const feed = root.path() + "/feed";
         MappingClient const writer({feed + "/slots:rw", feed + "/vandral.1:rw"});
-        Churn const churn(feed + "/slots");
+        MappingClient const churn({"--churn", feed + "/slots:r"});
         std::string const title =
             "Quask table \"" + feed +
             "\"\nCapacity: slots:1024 buckets:1 primary_notifications:0 secondary_notifications:0\n"

@@ -1,12 +1,13 @@
 // Maps files and keeps them mapped, as a client of a table does:
 //
-//     mapping_client [--as NAME | --secret] FILE:MODE...
+//     mapping_client [--as NAME | --secret | --churn] FILE:MODE...
 //
 // MODE says how each FILE is mapped: "r", or "rw" for writable. A file without bytes has a page
 // mapped all the same. NAME stands on the process's command line in the place of the program's
 // path. With --secret, others may look into the process only by a privilege (CAP_SYS_PTRACE), even
-// those of the same user. Prints "ready" when all files are mapped, and ends with its standard
-// input. Status 1, with a line on standard error, when a file cannot be mapped.
+// those of the same user. With --churn, it starts processes that inherit its mappings and end at
+// once, some hundred to some thousand a second. Prints "ready" when all files are mapped, and ends
+// with its standard input. Status 1, with a line on standard error, when a file cannot be mapped.
 
 #include <algorithm>
 #include <cstdio>
@@ -15,9 +16,11 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -49,6 +52,24 @@ void restartAs(char* name, char** arguments, char** end)
     execv("/proc/self/exe", words.data());
 }
 
+// A few processes at a time, so that there are always some that are just ending.
+void startAndReap()
+{
+    for (int i = 0; i < 4; ++i) {
+        if (fork() == 0) {
+            _exit(0);
+        }
+    }
+    while (waitpid(-1, nullptr, 0) > 0) {
+    }
+}
+
+bool inputHasEnded()
+{
+    pollfd input{0, POLLIN, 0};
+    return poll(&input, 1, 0) > 0 && std::getchar() == EOF;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -58,12 +79,13 @@ int main(int argc, char** argv)
         std::perror("cannot restart");
         return 1;
     }
-    int first = 1;
-    if (argc > 1 && std::string_view(argv[1]) == "--secret") {
+    std::string_view const option = argc > 1 ? argv[1] : "";
+    bool const isSecret = option == "--secret";
+    bool const churns = option == "--churn";
+    if (isSecret) {
         prctl(PR_SET_DUMPABLE, 0);
-        first = 2;
     }
-    for (int i = first; i < argc; ++i) {
+    for (int i = isSecret || churns ? 2 : 1; i < argc; ++i) {
         if (!map(argv[i])) {
             std::perror(argv[i]);
             return 1;
@@ -71,7 +93,10 @@ int main(int argc, char** argv)
     }
     std::puts("ready");
     std::fflush(stdout);
-    while (std::getchar() != EOF) {
+    while (churns && !inputHasEnded()) {
+        startAndReap();
+    }
+    while (!churns && std::getchar() != EOF) {
     }
     return 0;
 }
