@@ -142,6 +142,7 @@ class Failures(unittest.TestCase):
         for i, line in enumerate(found):
             self.assertEqual(json.loads(line)["bucket"], i)
 
+    @unittest.skipIf(os.environ["SANITIZER"], "the sanitizer needs memory of its own")
     def test_large_values_need_memory_for_two_of_them(self):
         mebibyte = 2**20
         size = 2 * mebibyte

@@ -33,10 +33,11 @@ class Live(unittest.TestCase):
             (headers,) = running.json_report("headers", "-x", "hot")
             self.assertLessEqual(headers["slots"]["occupiedSlots"], headers["slots"]["mappedSlots"])
 
-    def test_the_writer_is_found(self):
+    def test_a_client_is_found_beside_the_writer(self):
+        pid = running.hold(self, "hot", "price_feed", "slots:rw", "vandral.1:rw")
         (table,) = running.json_report("clients", "-w", "hot")
-        self.assertIn(self.writer.pid, [client["pid"] for client in table["writers"]])
-        self.assertEqual(table["writers"][0]["command"], "live_writer")
+        self.assertIn((pid, "price_feed"), [(client["pid"], client["command"]) for client in table["writers"]])
+
 
 
 if __name__ == "__main__":
