@@ -2,7 +2,7 @@
 //
 // Runs two commands in turn, A B A B ..., after one run of each that does not count, with their
 // standard output on /dev/null, in a pipe that another process empties, or in FILE, over what the
-// run before has written: to find memory for new pages takes the system any time. Prints the
+// run before has written: how long the system takes to find memory for new pages varies. Prints the
 // median wall time of each in milliseconds and the median of the ratios A/B, pair by pair: what
 // another load on the machine does to a run it mostly does to its partner, too.
 

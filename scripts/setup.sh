@@ -1,4 +1,4 @@
-# Sourced by the other scripts: goes to the top of the repository and sees to the tools.
+# Sourced by the other scripts: goes to the top of the repository and makes sure of the tools.
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 

@@ -7,8 +7,8 @@
 namespace Dovan::Platform {
 
 // A named channel for diagnostics. Levels: 0 errors that accompany a failure, 1 system trouble that
-// the caller survives, 3 and 5 routine traces, 9 a line per item. A channel never changes what the
-// program reports or how it ends. One thread at a time.
+// the caller survives, 3 and 5 routine traces, 9 one line per item. A channel never changes what
+// the program reports or how it ends. One thread at a time.
 class DebugHandler
 {
 public:

@@ -50,7 +50,7 @@ constexpr std::size_t dumpHexSlack = 8;
 
 // Writes two lower-case hexadecimal digits for each of the `size` bytes, in memory order and
 // without spaces, to `out`, which has room for 2 * size + hexDigitsSlack characters; the address
-// after the last. What lies after it, up to the slack, may be overwritten.
+// after the last. What follows it, up to the slack, may be overwritten.
 inline char* writeHexDigits(char* out, void const* data, std::size_t size)
 {
     auto const* bytes = static_cast<unsigned char const*>(data);

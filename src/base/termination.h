@@ -1,7 +1,7 @@
 #pragma once
 
-// How SIGHUP, SIGINT and SIGTERM end the process: by that signal, but with time to bring its output
-// to an end first. One thread.
+// How SIGHUP, SIGINT and SIGTERM end the process: by that signal, but with time to finish its
+// output first. One thread.
 namespace Dovan::Termination {
 
 // From now on the first of these signals calls `complete` from its handler, that is at any point of

@@ -7,10 +7,10 @@
 
 namespace Dovan {
 
-// Text that is built piece by piece, taken as a view and cleared, many million times a run. It
+// Text that is built piece by piece, taken as a view and cleared, many million times per run. It
 // keeps its memory when it is cleared, so that once it has grown to the longest text nothing is
 // allocated, and never fills memory that is about to be overwritten. It may also be built in
-// memory of somebody else's, where it is wanted in the end. One thread at a time.
+// somebody else's memory, where it is needed in the end. One thread at a time.
 class TextBuffer
 {
 public:

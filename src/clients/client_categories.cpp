@@ -35,7 +35,7 @@ bool QuaskClientScanner::categorizeClient(std::string const& info, QuaskClientLi
     }
     auto const add = [&](QuaskClientList& clients, char const* text) {
         trace(*handler, 9, text, procName);
-        // A pid that is no number (a process directory such as "self") becomes 0.
+        // A pid that is not a number (a process directory such as "self") becomes 0.
         auto const number = static_cast<std::int32_t>(std::strtol(pid.c_str(), nullptr, 10));
         // The records of a process come one after the other, and share its name.
         bool const isNew = clients.empty() || clients.back().procName.text() != procName;

@@ -20,8 +20,8 @@ class DirNode : public Dovan::Debuggable
 public:
     // Opens `path`: the first node of a walk, with an empty `parent`, wherever its links lead; any
     // other as an entry of the open `parent`, whose path is what comes before the last slash, and
-    // only when it is no link. `sharedHandler` must outlive the node. Why a directory cannot be
-    // opened is logged: at level 5 when it is missing, forbidden or no directory, at level 1 for
+    // only when it is not a link. `sharedHandler` must outlive the node. Why a directory cannot be
+    // opened is logged: at level 5 when it is missing, forbidden or not a directory, at level 1 for
     // any other reason.
     DirNode(Dovan::Platform::DebugHandler& sharedHandler, std::string const& path,
             std::shared_ptr<DirNode> parent);

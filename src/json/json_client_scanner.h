@@ -5,7 +5,7 @@
 
 namespace Quask::Json {
 
-// The client reports as JSON. One job a scanner, after initialize(). One thread.
+// The client reports as JSON. One job per scanner, after initialize(). One thread.
 class JsonClientScanner : public QuaskClientScanner
 {
 public:

@@ -4,7 +4,7 @@
 
 namespace Quask::Json {
 
-// The scan and the header report of one table as JSON. One job a scanner, after initialize(). One
+// The scan and the header report of one table as JSON. One job per scanner, after initialize(). One
 // thread.
 class JsonScanner : public QuaskScannerBase
 {

@@ -59,7 +59,7 @@ public:
     void beginArray() { this->StartArray(); }
     void endArray() { this->EndArray(); }
 
-    // The name of an object's next member: ASCII without anything to be escaped.
+    // The name of an object's next member: ASCII that needs no escape.
     void name(std::string_view text)
     {
         this->Prefix(rapidjson::kStringType);
@@ -138,7 +138,7 @@ public:
             });
     }
 
-    // Writes one T, no char, to memory that has room for maxElementText characters; the address
+    // Writes one T, not char, to memory that has room for maxElementText characters; the address
     // after it. The texts of numbers and truth values are JSON as they are.
     template <typename T>
     static char* write(char* out, unsigned char const* bytes)

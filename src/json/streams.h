@@ -8,7 +8,7 @@
 // Put() and Flush() as RapidJSON asks for them.
 namespace Quask::Json {
 
-// A text in memory that has room for all of it, which its user has seen to. One thread.
+// A text in memory that has room for all of it, as its user makes sure. One thread.
 class RoomyText
 {
 public:
@@ -82,7 +82,7 @@ private:
     char* end_;
 };
 
-// Room for a whole string is not wanted here.
+// No room is reserved for a whole string here.
 inline void PutReserve(PiecewiseText& /*text*/, std::size_t /*count*/) {}
 inline void PutUnsafe(PiecewiseText& text, char c)
 {

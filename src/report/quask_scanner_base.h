@@ -10,7 +10,7 @@
 namespace Quask {
 
 // What all reports share: where their text goes, the scanner's channel, and the table scan. One job
-// a scanner, after initialize(). One thread.
+// per scanner, after initialize(). One thread.
 class QuaskScannerBase : public Dovan::Debuggable
 {
 public:

@@ -11,7 +11,7 @@ namespace Quask::Util {
 // The 32-bit FNV-1a checksum of `length` bytes.
 std::uint32_t hash(char const* bytes, unsigned length);
 
-// The eight bytes of a magic number in file order; a byte that is no printable ASCII becomes ".".
+// The eight bytes of a magic number in file order; a byte that is not printable ASCII becomes ".".
 std::string decodeMagic(unsigned long long magic);
 
 // Splits a creator stamp: the process id is its low half, the instance id its high half.

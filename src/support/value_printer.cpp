@@ -21,7 +21,7 @@ using ElementText::write;
 using ElementText::writeCharacter;
 using ElementText::writeElement;
 
-// What T is to a program that wants more than its text, if there is a word for it.
+// What T is to a program that needs more than its text, if there is a word for it.
 template <typename T>
 constexpr std::optional<ElementType> elementTypeOf()
 {
@@ -253,7 +253,7 @@ constexpr NamedType knownTypes[] = {
     named<std::uint32_t>("uint32_t"),
     named<std::uint64_t>("uint64_t"),
 
-    // No names of C++, but what a writer means by them is plain.
+    // Not names of C++, but what a writer means by them is plain.
     named<std::uint8_t>("unsigned int8_t"),
     named<std::uint16_t>("unsigned int16_t"),
     named<std::uint32_t>("unsigned int32_t"),

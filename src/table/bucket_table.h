@@ -11,7 +11,7 @@
 
 namespace Quask {
 
-// The bucket file of a table: a header, then one head link a bucket.
+// The bucket file of a table: a header, then one head link per bucket.
 class BucketTable : public Dovan::Debuggable
 {
 public:

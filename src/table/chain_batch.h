@@ -23,7 +23,7 @@ struct BatchElement
     SlotRef next;                // its own link; of the last of a chain the null link that ended it
     std::uint32_t sequence;      // the state word that the value agrees with
     unsigned char const* value;  // private memory, valid until the next read()
-    unsigned isFirst;            // of its chain: 1, else 0. No bool, see ChainBatch
+    unsigned isFirst;            // of its chain: 1, else 0. Not a bool, see ChainBatch
     unsigned isLast;
 };
 
@@ -49,7 +49,7 @@ struct AllBatchChecks
 //    it. Loads for other chains come in between, as if the walk had paused there.
 // 2. A batch is good only if nothing was met that ChainWalk would do something about: another
 //    sequence word or its lookaside bit, a rewritten link, a slot out of reach, slots that overlap,
-//    a grown table, values of another size, a page that cannot be read; nor more elements than
+//    a grown table, values of another size, a page that cannot be read; and no more elements than
 //    there is room for, as in a circle. Else it is thrown away, and ChainWalk walks its chains.
 // 3. Nothing is handed out before the whole batch was found good. So no slot is handed out without
 //    a look at the number of slots that was made after it was read.

@@ -12,7 +12,7 @@ namespace Quask {
 // From then on a chain whose links do not change is known to run in a circle, and comes back to
 // that slot within as many steps again. So a circle is found after at most twice as many steps as
 // there are slots, and after at most three times as many as the chain has different slots, without
-// memory for them; a chain that goes on longer was rewritten under the walk.
+// memory for them; a chain that goes on longer was rewritten during the walk.
 //
 // A writer that moves slots about may lead a walk to the same slot twice without there being a
 // circle; it rewrites the slot's next link then. So only a return to a slot whose link is still the

@@ -218,7 +218,7 @@ private:
     }
 
     // Whether the chain of `bucket` can be as it seems, going on after the slot `index` by its link
-    // `next`; false when it was rewritten under the walk.
+    // `next`; false when it was rewritten during the walk.
     [[gnu::always_inline]] bool mayGoOn(ChainCycle& cycle, unsigned bucket, std::uint32_t index,
                                         SlotRef const& next)
     {

@@ -89,8 +89,8 @@ public:
     }
 
     // The first byte of the slot of this index, or null when its fixed words and `valueBytes` bytes
-    // of value do not all lie inside the mapped pages. Valid until the next doResize(). No Slot: a
-    // damaged header may put slots at addresses that are not aligned for one.
+    // of value do not all lie inside the mapped pages. Valid until the next doResize(). Not a Slot:
+    // a damaged header may put slots at addresses that are not aligned for one.
     unsigned char const* slotAt(unsigned index, unsigned valueBytes) const
     {
         std::size_t const offset = offsetOf(index);

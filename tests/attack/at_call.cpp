@@ -4,7 +4,7 @@
 //
 // Runs the command and stops it before its system call of this number, counted from 1; with "every"
 // before that and each so many calls later. Then runs ACTION, a shell command, and lets it go on.
-// What changes between two steps of the command thus changes at exactly this point, each time. Ends
+// So what changes between two steps of the command changes at exactly this point, each time. Ends
 // as the command does, a signal as 128 more; with 125 when there were fewer calls. With "count"
 // runs the command without its output and prints how many there were.
 //

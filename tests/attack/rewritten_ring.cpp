@@ -2,8 +2,8 @@
 //
 // Makes a table of two buckets, the first with one element, the second with a chain that is a ring
 // of SLOTS slots. Prints "ready", and rewrites links of the ring without changing where they lead,
-// in one round a millisecond until its standard input ends: all of them, or a few, at the distances
-// from the head that are powers of two. The ring stays.
+// in one round per millisecond until its standard input ends: all of them, or a few, at the
+// distances from the head that are powers of two. The ring stays.
 
 #include <chrono>
 #include <cstddef>

@@ -15,7 +15,7 @@ using QuaskTesting::endOf;
 using QuaskTesting::Forked;
 namespace Termination = Dovan::Termination;
 
-// Never ends of itself.
+// Never ends by itself.
 int waitForEver()
 {
     for (;;) {

@@ -122,7 +122,7 @@ TEST_F(CommandLine, TheLastStyleWins)
     EXPECT_EQ(quask({"-p", "-t", "eq"}).out, pretty);
 }
 
-TEST_F(CommandLine, AnUnknownOptionIsComplainedOfAndIgnored)
+TEST_F(CommandLine, AnUnknownOptionIsReportedAndIgnored)
 {
     Finished const run = quask({"-z", "eq"});
     EXPECT_EQ(run.out, plain);
@@ -130,7 +130,7 @@ TEST_F(CommandLine, AnUnknownOptionIsComplainedOfAndIgnored)
     EXPECT_EQ(run.exitStatus, 0);
 }
 
-TEST_F(CommandLine, AnUnknownLongOptionIsComplainedOfAndIgnored)
+TEST_F(CommandLine, AnUnknownLongOptionIsReportedAndIgnored)
 {
     Finished const run = quask({"eq", "--verbose"});
     EXPECT_EQ(run.out, plain);

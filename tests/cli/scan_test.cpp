@@ -91,7 +91,7 @@ TEST_F(ScanCommand, AFailedCheckIsReportedOnStandardOutputAndTheFailureOnStandar
     EXPECT_EQ(scan.exitStatus, 1);
 }
 
-TEST_F(ScanCommand, AFailedCheckIsSaidBeforeTheFailure)
+TEST_F(ScanCommand, AFailedCheckIsReportedBeforeTheFailure)
 {
     TableImage image = prices();
     image.bucketsHeader.version = 2;
@@ -153,7 +153,7 @@ TEST_F(ScanCommand, AValueLargerThanTheSlotFileEndsTheRun)
     EXPECT_EQ(scan.signal, SIGABRT);
 }
 
-TEST_F(ScanCommand, ProcessorsWithoutTheAtomicLoadsAreToldApart)
+TEST_F(ScanCommand, AProcessorWithoutTheAtomicLoadsScansNothing)
 {
     prices().writeTo(root, "eq");
     QuaskTesting::Command command = QuaskTesting::quask(root, {"eq"});

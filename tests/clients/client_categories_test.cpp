@@ -11,7 +11,7 @@ using QuaskTesting::RecordingScanner;
 using Clients = Quask::QuaskClientScanner::QuaskClientList;
 using Lines = std::vector<std::string>;
 
-// The list as "PID(NAME) ", with the command in front where there is one.
+// The list as "PID(NAME) ", with the command first where there is one.
 std::string textOf(Clients const& clients)
 {
     std::string text;
@@ -76,7 +76,7 @@ TEST_F(ClientCategoriesTest, FileAndPermissionsDecideTheList)
                      "9 adding a reader of some type: r", "9 adding keyshadow reader: k"}));
 }
 
-TEST_F(ClientCategoriesTest, OtherPermissionsAddNothingAndAreNoFailure)
+TEST_F(ClientCategoriesTest, OtherPermissionsAddNothingAndAreNotAFailure)
 {
     for (char const* const info :
          {"1 w rw-s slots ", "1 w rw-s orvik ", "1 w --xp vandral.1 ", "1 w -w-s vandral.1 ",
@@ -103,7 +103,7 @@ TEST_F(ClientCategoriesTest, AnUnknownFileIsAFailure)
     EXPECT_EQ(scanner.takeLog(), Lines{"0 Unexpected quask file vandral.2"});
 }
 
-TEST_F(ClientCategoriesTest, APidThatIsNoNumberBecomesZero)
+TEST_F(ClientCategoriesTest, APidThatIsNotANumberBecomesZero)
 {
     EXPECT_FALSE(categorize("self w rw-s vandral.1 "));
     EXPECT_FALSE(categorize("12x w rw-s vandral.1 "));

@@ -77,7 +77,7 @@ TEST_F(ProcessMapsTest, ATableFileInTheFileSystemsRootHasTheEmptyTableName)
     EXPECT_EQ(infos, Lines{info("feeder r--s slots")});
 }
 
-TEST_F(ProcessMapsTest, APathWithoutASlashIsNoTablesFile)
+TEST_F(ProcessMapsTest, APathWithoutASlashIsNotATablesFile)
 {
     EXPECT_EQ(infosByTableIn(executable + mapsLine("r--s", "slots")), InfoByTable{});
     EXPECT_EQ(infosByTableIn(executable + mapsLine("r--s", "slots /slots")), InfoByTable{});
@@ -100,7 +100,7 @@ TEST_F(ProcessMapsTest, APathIsSeenUpToItsFirstSpace)
     EXPECT_EQ(infosByTableIn(contents), (InfoByTable{{"/my", {info("feeder r--s orvik")}}}));
     Lines infos;
     scanner.extractMmapInfo("/my tables/feed", writeMaps(contents), infos);
-    EXPECT_EQ(infos, Lines{}) << "a table whose path has a blank has no clients";
+    EXPECT_EQ(infos, Lines{}) << "a table whose path has a space has no clients";
 }
 
 TEST_F(ProcessMapsTest, OnlySpacesSeparate)

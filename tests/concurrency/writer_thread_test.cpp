@@ -198,12 +198,12 @@ TEST_F(WriterThread, GrowsTheTableDuringTheWalk)
 }
 
 // Most buckets have no element that changes, or no batch would be good.
-TEST_F(WriterThread, ChangesSmallValuesUnderBatches)
+TEST_F(WriterThread, ChangesSmallValuesDuringBatches)
 {
     expectSoundWalks<BatchChecker>({.valueSize = 8, .buckets = 1024, .stable = 800, .hot = 8});
 }
 
-TEST_F(WriterThread, GrowsTheTableUnderBatches)
+TEST_F(WriterThread, GrowsTheTableDuringBatches)
 {
     expectSoundWalks<BatchChecker>({.valueSize = 29,
                                     .buckets = 1024,

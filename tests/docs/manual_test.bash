@@ -12,7 +12,7 @@ complaints=
 for page in "$@"; do
     case $formatter in
         mandoc)
-            # Which other manuals there are is the machine's matter.
+            # Which other manuals there are depends on the machine.
             complaints+=$(mandoc -Tlint "$page" 2> /dev/null | grep -v 'STYLE: referenced manual not found')
             ;;
         groff)

@@ -6,7 +6,7 @@ sources=$1 least=$3 excluded=${4:-none}
 pattern=${5:-'(std::(cerr|cout)|message) << "|^ +<< "|piece\("|"Couldn.t open'}
 manual=$(sed 's/\\&//g; s/\\-/-/g; s/\\(aq/'\''/g' "$2")
 
-# The fixed parts of the messages, one a line. What is shorter than two words says nothing alone.
+# The fixed parts of the messages, one per line. What is shorter than two words says nothing alone.
 parts()
 {
     grep -rhE --include='*.cpp' --exclude=header_text.cpp \
@@ -18,7 +18,7 @@ count=0 failures=0
 while IFS= read -r part; do
     ((++count))
     if [[ $manual != *"$part"* ]]; then
-        printf 'The manual page does not tell of [%s]\n' "$part"
+        printf 'The manual page does not mention [%s]\n' "$part"
         ((++failures))
     fi
 done < <(parts)

@@ -3,7 +3,7 @@
 
 quask=$1 manual=$2 completion=$3
 
-# One option a line, from the lines of the help text that begin with one.
+# One option per line, from the lines of the help text that begin with one.
 in_help()
 {
     "$quask" --help | grep -E '^ +-' | grep -oE '(^ +|, )--?[a-zA-Z][a-z-]*' | grep -oE -- '-.*' | sort -u

@@ -68,7 +68,7 @@ TEST_F(DirNodeFault, ADirectoryThatAppearsLaterIsNotOpenedAgain)
     EXPECT_FALSE(node->isOpen());
 }
 
-TEST_F(DirNodeFault, AFileIsNoDirectory)
+TEST_F(DirNodeFault, AFileIsNotADirectory)
 {
     std::string const path = root.writeFile("file", "x");
     EXPECT_FALSE(open(path)->isOpen());
@@ -76,7 +76,7 @@ TEST_F(DirNodeFault, AFileIsNoDirectory)
     EXPECT_EQ(handler.lines, failedToOpen(5, path, "Not a directory"));
 }
 
-TEST_F(DirNodeFault, APipeIsNoDirectoryAndIsNotWaitedFor)
+TEST_F(DirNodeFault, APipeIsNotADirectoryAndIsNotWaitedFor)
 {
     std::string const path = root.path() + "/pipe";
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);

@@ -18,8 +18,8 @@ int descriptorOf(std::string const& path);
 // From now on the directory that is open on `descriptor` cannot be read: ENOTDIR.
 void makeUnreadable(int descriptor);
 
-// While it lives, the code under test can open `count` more directories, for want of descriptors.
-// (Everything else has all it needs: the sanitizers take descriptors to look at objects.)
+// While it lives, the code under test can open `count` more directories; then no descriptor is
+// left. (Everything else has all it needs: the sanitizers take descriptors to look at objects.)
 class DescriptorLimit
 {
 public:

@@ -1,4 +1,4 @@
-// How the search bears with a tree that is forbidden, broken or changing.
+// How the search copes with a tree that is forbidden, broken or changing.
 #include <gtest/gtest.h>
 
 #include <algorithm>

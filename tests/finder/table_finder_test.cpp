@@ -85,7 +85,7 @@ TEST_F(TableFinderTest, ASymbolicLinkIsNotFollowed)
     EXPECT_EQ(find(""), Names{"table"});
 }
 
-TEST_F(TableFinderTest, FilesDirectlyInTheRootDirectoryAreNoTable)
+TEST_F(TableFinderTest, FilesDirectlyInTheRootDirectoryAreNotATable)
 {
     makeTables({"a", "b"});
     root.writeFile("slots", "x");

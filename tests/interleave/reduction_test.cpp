@@ -139,7 +139,7 @@ TEST(Search, NoticesAReaderThatWaitsForTheWriter)
             return std::string();
         });
     EXPECT_EQ(result.violation.substr(0, result.violation.find('\n')),
-              "the reader does not come to an end though the writer stands still");
+              "the reader does not end although the writer stands still");
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ unsigned Scenario::endless()
 std::string Scenario::setUp(Quask::QuaskReaderGeneric& reader)
 {
     std::string error = "a file is missing or empty";
-    return reader.attach() && reader.validate(error) ? "" : "the set-up fails: " + error;
+    return reader.attach() && reader.validate(error) ? "" : "the setup fails: " + error;
 }
 
 }  // namespace QuaskTesting

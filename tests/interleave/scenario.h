@@ -91,7 +91,7 @@ public:
             } catch (Dovan::Exception const& exception) {
                 return std::string("the reader throws: ") + exception.what();
             } catch (EndlessReading const&) {
-                return "the reader does not come to an end though the writer stands still";
+                return "the reader does not end although the writer stands still";
             }
         });
     }
@@ -114,7 +114,7 @@ public:
         return exploreAll<Memory>(execution, arguments...);
     }
 
-    // The same with the reader's set-up, during which the writer is at work already.
+    // The same with the reader's setup, during which the writer is at work already.
     template <typename Memory, typename Walk = ByChainWalk<>>
     Exploration setUpAndWalk()
     {

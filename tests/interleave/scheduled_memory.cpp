@@ -66,7 +66,7 @@ std::string ScheduledMemory::describe() const
         text << "  store " << moment << ": " << history_.storeBefore(moment) << '\n';
     }
     for (Load const& load : loads_) {
-        text << "  behind store " << load.moment << " the reader ";
+        text << "  after store " << load.moment << " the reader ";
         if (load.place.size == 0) {
             text << "finds the slot file "
                  << history_.contents(TableFile::slots, load.moment).size() << " bytes long\n";

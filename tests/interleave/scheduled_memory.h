@@ -86,7 +86,7 @@ public:
 protected:
     virtual void restart() = 0;
 
-    // Decides what the load at `address` sees and sees to it that the memory there holds it.
+    // Decides what the load at `address` sees, and makes the memory there hold it.
     virtual void show(Place const& place, void const* address, std::memory_order order) = 0;
 
     // To be called once for each load, with the moment at which it sees the memory.

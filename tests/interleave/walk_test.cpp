@@ -122,8 +122,8 @@ TYPED_TEST(Walk, GoesOnInAMappingThatMoved)
 }
 
 // On tables with and without a free slot, and on one whose growth needs another page, which the
-// set-up may have looked for before it was there.
-TYPED_TEST(Walk, MayBeginWithTheSetUpWhileTheTableChanges)
+// setup may have looked for before it was there.
+TYPED_TEST(Walk, MayBeginWithTheSetupWhileTheTableChanges)
 {
     Exploration all;
     for (SmallTable::Shape const& shape : {SmallTable::Shape{16, 0, 0}, SmallTable::Shape{16, 1, 0},

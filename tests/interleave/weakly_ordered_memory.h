@@ -28,9 +28,9 @@ struct LostOrders
 //   store, or to that fence.
 // - A word is shown as it is at one moment: stores and aligned loads are single accesses.
 //
-// Moments are then no time that the two programs share, only the order of the writer's stores. So
-// what holds of a reading is told from the reader's view when it begins, and there is no other end
-// than the writer's last moment.
+// Moments are then not a time that the two programs share, only the order of the writer's stores.
+// So what holds for a reading is counted from the reader's view when it begins, and there is no
+// other end than the writer's last moment.
 //
 // Every execution is shown other stores. What a schedule would be beyond that is not counted.
 class WeaklyOrderedMemory final : public ScheduledMemory

@@ -43,7 +43,7 @@ public:
     // The moments after the stores that changed some of these bytes.
     Moments storesTo(Place const& place) const;
 
-    // The word's bytes, the first in the low ones; what lies after the file's end is 0.
+    // The word's bytes, the first in the low ones; what is after the file's end is 0.
     std::uint64_t wordAt(Place const& place, Moment moment) const;
 
     std::string const& contents(TableFile file, Moment moment) const

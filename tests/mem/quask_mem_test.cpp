@@ -146,7 +146,7 @@ TEST_F(QuaskMemTest, ResizesTheMappingOfAFileThatHasGrown)
             "5 QuaskMem::resize() resizing from 4 to 1048576 localMem: 0 filename: " + path));
 }
 
-TEST_F(QuaskMemTest, AResizeThatCannotBeIsNull)
+TEST_F(QuaskMemTest, AnImpossibleResizeGivesNull)
 {
     writeSlots("head");
     auto const slots = segment("slots");

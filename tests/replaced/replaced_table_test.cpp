@@ -55,7 +55,7 @@ std::string scan()
            std::to_string(reader.liveSlotsHeader().maxSlots);
 }
 
-// What stands after `label` in `text`, up to the end of the line or a space.
+// What follows `label` in `text`, up to the end of the line or a space.
 std::string after(std::string const& text, std::string const& label, std::size_t from = 0)
 {
     std::size_t const start = text.find(label, from) + label.size();
@@ -98,7 +98,7 @@ std::string figures()
 class ReplacedTable : public testing::TestWithParam<Report>
 {
 protected:
-    // The table 1 is there, and the table 2 beside it, to take its place.
+    // The table 1 is there, and the table 2 next to it, to take its place.
     void makeTables() const
     {
         std::filesystem::remove_all(feed);

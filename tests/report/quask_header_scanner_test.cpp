@@ -197,7 +197,7 @@ TEST_F(HeaderReportTest, AReportFileReceivesItAllAndIsClosed)
     EXPECT_EQ(text.substr(text.size() - vandralHeader.size() - 1), vandralHeader + "\n");
 }
 
-TEST_F(HeaderReportTest, AReportFileThatTakesNothingIsNoFailure)
+TEST_F(HeaderReportTest, AReportFileThatTakesNothingIsNotAFailure)
 {
     if (!std::filesystem::exists("/dev/full")) {
         GTEST_SKIP() << "no full device";

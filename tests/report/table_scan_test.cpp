@@ -163,7 +163,7 @@ TEST_F(TableScanTest, AReportFileReceivesItAllAndIsClosed)
     EXPECT_EQ(contentsOf(reportPath), "bucket[0] 0-->01000000 ffffffff --> none\n" + noCounts);
 }
 
-TEST_F(TableScanTest, AReportFileThatTakesNothingIsNoFailure)
+TEST_F(TableScanTest, AReportFileThatTakesNothingIsNotAFailure)
 {
     if (!std::filesystem::exists("/dev/full")) {
         GTEST_SKIP() << "no full device";

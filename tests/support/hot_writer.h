@@ -22,7 +22,7 @@ struct HotTable
 
 // The writer of such a table. Every value proves itself (proving_values.h). Stable elements have
 // the keys stableKey(0) to stableKey(stable - 1), hot ones hotKey(0) to hotKey(hot - 1); each
-// stands in the bucket of its key. Hot elements are put before stable ones, so that changes of
+// is in the bucket of its key. Hot elements are put before stable ones, so that changes of
 // the chains lead readers astray from them as often as possible.
 class HotWriter
 {

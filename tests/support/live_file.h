@@ -13,7 +13,7 @@
 namespace QuaskTesting {
 
 // A table file that a test changes in any way it likes, a sound one or not, while a reader has it
-// mapped. Offsets are in bytes, of words aligned to their width; what lies after the file's last
+// mapped. Offsets are in bytes, of words aligned to their width; what is after the file's last
 // page may be used as soon as the file is longer.
 class LiveFile
 {

@@ -3,7 +3,7 @@
 //     mapping_client [--as NAME | --secret | --churn] FILE:MODE...
 //
 // MODE says how each FILE is mapped: "r", or "rw" for writable. A file without bytes has a page
-// mapped all the same. NAME stands on the process's command line in the place of the program's
+// mapped all the same. NAME is on the process's command line in place of the program's
 // path. With --secret, others may look into the process only by a privilege (CAP_SYS_PTRACE), even
 // those of the same user. With --churn, it starts processes that inherit its mappings and end at
 // once, some hundred to some thousand a second. Prints "ready" when all files are mapped, and ends

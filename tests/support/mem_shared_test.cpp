@@ -89,7 +89,7 @@ TEST_F(MemShared, IsNeverAttachedForWriting)
     EXPECT_EQ(segment.attach(1, Mode::write), nullptr);
 }
 
-TEST_F(MemShared, TellsTheSizeOfTheMappedFileAlsoWhenItsNameIsGivenAway)
+TEST_F(MemShared, GivesTheSizeOfTheMappedFileEvenWhenAnotherHasItsName)
 {
     std::string const path = root.writeFile("slots", "first");
     Shared segment = segmentOn("slots");

@@ -92,7 +92,7 @@ TEST_F(OpenWithoutLinks, TheRootDirectoryItselfMayBeALink)
     EXPECT_EQ(resultOf("slots"), 0);
 }
 
-TEST_F(OpenWithoutLinks, AMissingRootDirectoryIsSaid)
+TEST_F(OpenWithoutLinks, AMissingRootDirectoryIsReported)
 {
     root.setRootDirectory("missing");
     EXPECT_EQ(resultOf("eq/slots"), ENOENT);

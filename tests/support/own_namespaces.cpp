@@ -22,8 +22,8 @@ bool entered = false;
 //
 //     the old process      waits for the next
 //     its child            has the new namespaces made, and waits for the next
-//     process 1 in them    mounts /proc, and reaps orphans until the next has
-//     ended process 2            returns from enterOwnNamespaces()
+//     process 1 in them    mounts /proc, and reaps orphans until the next ends
+//     process 2            returns from enterOwnNamespaces()
 
 bool mountOwnProc()
 {

@@ -37,7 +37,7 @@ TEST_P(ProvingValue, IsNotWholeWithAnotherByte)
     }
 }
 
-TEST_P(ProvingValue, ZerosAreNoValue)
+TEST_P(ProvingValue, ZerosAreNotAValue)
 {
     EXPECT_EQ(provenBy(std::string(GetParam(), '\0')), std::nullopt);
 }
@@ -57,7 +57,7 @@ TEST(ProvingValue, AShortOneCountsItsChangesModuloTwentyFourBits)
     EXPECT_EQ(provenBy(provingValue(16, 7, 0xff000001)), (Proven{7, 0xff000001}));
 }
 
-TEST(ProvingKey, TellsStableElementsFromHotOnesInTheSameBuckets)
+TEST(ProvingKey, DistinguishesStableElementsFromHotOnesInTheSameBuckets)
 {
     EXPECT_TRUE(isStableKey(stableKey(21)));
     EXPECT_FALSE(isStableKey(hotKey(21)));

@@ -20,8 +20,8 @@ struct ScanCounts
 };
 
 // Checks scans of one hot table, in the plain style, line by line: every value whole and no older
-// than one shown before, every element in its bucket, every stable element exactly once a scan, the
-// buckets in order, the texts as they should be.
+// than one shown before, every element in its bucket, every stable element exactly once per scan,
+// the buckets in order, the texts as they should be.
 class ScanChecker
 {
 public:

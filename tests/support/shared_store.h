@@ -12,9 +12,8 @@
 //   - loads the slot's `sequence` with acquire, copies the value (its own, or the lookaside slot's
 //     when the lookaside bit is set) in relaxed words, passes an acquire fence and loads `sequence`
 //     again: the copy counts when that is unchanged;
-//   - loads the slot's `next` with acquire, then the version of the link that led to the slot
-//   again:
-//     the slot counts when that is unchanged.
+//   - loads the slot's `next` with acquire, then again the version of the link that led to the
+//     slot: the slot counts when that is unchanged.
 //
 // Everything it may rely on is a pair of a release here and an acquire there:
 //   1. Store of a link, release / load of a link, acquire. Who sees the link sees the slot's value,
@@ -24,24 +23,22 @@
 //   3. Release fence between that store and the first word of the new value / acquire fence after
 //      the copy. Who copied a word of the new value sees `sequence` changed.
 //   4. Store of `sequence` without the bit, release / first load of `sequence`, acquire. Who sees
-//   it
-//      sees the whole new value.
+//      the store sees the whole new value.
 //   5. Release fence between that store and the next overwriting of the lookaside slot / acquire
 //      fence after the copy. Who copied a word of another slot's value there sees the `sequence`
 //      of the slot that it was after changed.
 //   6. Release fence between the store that took a slot out of its chain and the first word of the
-//      value with which it is used again / acquire fence after the copy. Who stands on the slot by
-//      the old link and copied such a word sees that link's version changed.
+//      value with which it is used again / acquire fence after the copy. Who reached the slot
+//      by the old link and copied such a word sees that link's version changed.
 //   7. Store of `next` of a slot that was taken out, release / load of `next`, acquire. Who goes on
 //      by it sees the version of the link that led to the slot changed.
-//   8. Store of a header's word, release / acquire load of the version before a header copy,
-//   and
+//   8. Store of a header's word, release / acquire load of the version before a header copy, and
 //      the acquire fence after it: see TableWriter.
 // On x86-64 none of these costs an instruction.
 namespace QuaskTesting {
 
-// Told of every store of the thread before it is made. For tests that stop, record or interleave a
-// writer.
+// Notified of every store of the thread before it is made. For tests that stop, record or
+// interleave a writer.
 class StoreObserver
 {
 public:

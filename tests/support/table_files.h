@@ -21,7 +21,7 @@ std::string_view bytesOf(T const& value)
     return {reinterpret_cast<char const*>(&value), sizeof value};
 }
 
-// A pair of words, the version in front. As a link its value is a slot's index.
+// A pair of words, the version first. As a link its value is a slot's index.
 struct PairImage
 {
     std::uint32_t version = 0;
@@ -96,7 +96,7 @@ struct TableImage
     // A table without buckets and slots for values of this type name and size in bytes.
     static TableImage of(std::string_view valueType, std::uint32_t valueSize);
 
-    // The image of the files in `directory`, complete but for what lies after the last slot and
+    // The image of the files in `directory`, complete but for what is after the last slot and
     // after the vandral headers. Throws std::runtime_error when a file is missing or too short for
     // what its header counts.
     static TableImage load(std::string const& directory);

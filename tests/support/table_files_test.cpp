@@ -64,7 +64,7 @@ TEST(TableImage, ASlotFileIsItsHeaderTheLookasideSlotAndTheSlots)
               "00000000 ffffffff ffffffff 00000000 00000000 00000000 00000000 00000000");
 }
 
-// FNV-1a multiplies once a byte, so the hash of zeros is a power of its factor.
+// FNV-1a multiplies once per byte, so the hash of zeros is a power of its factor.
 TEST(TableImage, TheChecksumIsTheSumOfTheFieldsHashes)
 {
     auto const hashOfZeros = [](int count) {

@@ -80,7 +80,7 @@ TEST_F(WriterOfTwelveBytes, TheHeaderIsValidAtEveryMoment)
         replay.restore();
         for (StoreStep const& step : steps) {
             replay.apply(step);
-            EXPECT_TRUE(hasValidHeader(replay.contents(TableFile::slots))) << "behind " << step;
+            EXPECT_TRUE(hasValidHeader(replay.contents(TableFile::slots))) << "after " << step;
         }
     };
     expectValid([&] { writer.grow(4); });

@@ -123,7 +123,7 @@ TEST(ValuePrinter, TheLongestFloatingPointTextsAreWhole)
     EXPECT_EQ(printAs("float", -std::numeric_limits<float>::min()), "-1.1754944e-38");
 }
 
-TEST(ValuePrinter, NumbersThatAreNoneHaveNames)
+TEST(ValuePrinter, ValuesThatAreNotNumbersHaveNames)
 {
     EXPECT_EQ(printAs("double", std::numeric_limits<double>::infinity()), "inf");
     EXPECT_EQ(printAs("double", -std::numeric_limits<double>::infinity()), "-inf");

@@ -1,5 +1,4 @@
-// Which type names and sizes are known; what the texts look like is value_printer_test.cpp's
-// matter.
+// Which type names and sizes are known. What the texts look like is in value_printer_test.cpp.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -209,7 +208,7 @@ TEST(ValuePrinterType, NothingElseIsEverUnsigned)
     }
 }
 
-TEST(ValuePrinterType, ANameWithANulInsideIsNoKnownName)
+TEST(ValuePrinterType, ANameWithANulInsideIsNotKnown)
 {
     expectHex(std::string("int\0", 4), 4);
     expectHex(std::string("int\0rubbish", 11), 4);
@@ -244,7 +243,7 @@ TEST(ValuePrinterType, OnlyAPrinterOfOneElementSaysWhatItIs)
     EXPECT_EQ(getValuePrinter("Feed::Price", 8)->element(), std::nullopt);
 }
 
-TEST(ValuePrinterType, ASizeBeyondTheSignedNumbersIsNoSmallOne)
+TEST(ValuePrinterType, ASizeBeyondTheSignedNumbersIsNotASmallOne)
 {
     auto const* const printer = getValuePrinter("Feed::Price", static_cast<int>(0x80000001u));
     ASSERT_NE(printer, nullptr);
@@ -252,7 +251,7 @@ TEST(ValuePrinterType, ASizeBeyondTheSignedNumbersIsNoSmallOne)
     EXPECT_NE(printer, getValuePrinter("Feed::Price", 1));
 }
 
-TEST(ValuePrinterType, APrinterOfTheLargestSizeCanBeHad)
+TEST(ValuePrinterType, ThereIsAPrinterOfTheLargestSize)
 {
     ASSERT_NE(getValuePrinter("char[2147483647]", 2147483647), nullptr);
     ASSERT_NE(getValuePrinter("Feed::Price", 2147483647), nullptr);

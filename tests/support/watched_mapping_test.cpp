@@ -114,7 +114,7 @@ TEST_F(WatchedMappingDeathTest, AnyNumberOfFilesIsWatched)
     }
 }
 
-// More often than any list of a fixed length would bear.
+// More often than any list of a fixed length would allow.
 TEST_F(WatchedMappingDeathTest, AFileIsWatchedAfterManyOthersWereDetachedAndManyGrowthSteps)
 {
     for (int i = 0; i < 100; ++i) {

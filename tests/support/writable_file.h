@@ -16,7 +16,7 @@ public:
     WritableFile& operator=(WritableFile const&) = delete;
     ~WritableFile();
 
-    // Maps the first `span` bytes, once. The file may be shorter: what lies after its last page
+    // Maps the first `span` bytes, once. The file may be shorter: what is after its last page
     // may be touched as soon as the file has been lengthened, so the mapping never has to move.
     std::byte* map(std::uint64_t span);
 

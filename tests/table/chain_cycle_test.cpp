@@ -31,7 +31,7 @@ TEST(ChainCycle, AnotherSlotWithTheSameLinkDoesNot)
     EXPECT_EQ(cycle.follow(6, {1, 7}), Verdict::goesOn);
 }
 
-TEST(ChainCycle, TheFirstSlotIsNoReturnWhateverItsIndexAndItsLink)
+TEST(ChainCycle, TheFirstSlotIsNotAReturnWhateverItsIndexAndItsLink)
 {
     EXPECT_EQ(ChainCycle(manySlots).follow(0, {0, 0}), Verdict::goesOn);
     EXPECT_EQ(ChainCycle(manySlots).follow(0, {0, Quask::SlotRef::null}), Verdict::goesOn);

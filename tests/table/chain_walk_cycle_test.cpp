@@ -89,7 +89,7 @@ TEST_F(ChainWalkCycleTest, ACircleOfManySlotsEndsTheWalk)
     EXPECT_LE(handler.lines.size(), 300001u);
 }
 
-TEST_F(ChainWalkCycleTest, AChainOfAllSlotsIsNoCircle)
+TEST_F(ChainWalkCycleTest, AChainOfAllSlotsIsNotACircle)
 {
     std::vector<TableImage::Element> elements;
     for (std::uint32_t slot = 0; slot < 5000; ++slot) {
@@ -103,7 +103,7 @@ TEST_F(ChainWalkCycleTest, AChainOfAllSlotsIsNoCircle)
 
 // After slot 0 the writer takes slot 0 away and puts it in again at the end: the walk meets it
 // twice, the second time with a rewritten link.
-TEST_F(ChainWalkCycleTest, ASlotThatAWriterPutsInAgainIsNoCircle)
+TEST_F(ChainWalkCycleTest, ASlotThatAWriterPutsInAgainIsNotACircle)
 {
     image.buckets(1).chain(0, {{0, bytesOf(10)}, {1, bytesOf(11)}, {2, bytesOf(12)}});
     open();
@@ -119,7 +119,7 @@ TEST_F(ChainWalkCycleTest, ASlotThatAWriterPutsInAgainIsNoCircle)
 }
 
 // The walk goes round and round, but never by the same link: each is rewritten between two visits.
-TEST_F(ChainWalkCycleTest, AChainThatIsRearrangedAllTheTimeIsNoCircle)
+TEST_F(ChainWalkCycleTest, AChainThatIsRearrangedAllTheTimeIsNotACircle)
 {
     image.buckets(1).chain(0, {{0, ""}, {1, ""}});
     image.slotImages[1].next.value = 0;

@@ -1,4 +1,4 @@
-// Slot files that grow under a walk.
+// Slot files that grow during a walk.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -68,7 +68,7 @@ TEST_F(ChainWalkGrowthTest, ASlotBeyondTheMappingIsReadOnceTheTableHasGrown)
     EXPECT_THAT(debug.lines, testing::IsEmpty());
 }
 
-TEST_F(ChainWalkGrowthTest, GrowthInTheMidstOfAChainThatStaysIsNoRestart)
+TEST_F(ChainWalkGrowthTest, GrowthInTheMiddleOfAChainThatStaysIsNotARestart)
 {
     handler.when("0: slot 0 0a000000", [this] { grow(); });
     walk(0, 1);
@@ -78,7 +78,7 @@ TEST_F(ChainWalkGrowthTest, GrowthInTheMidstOfAChainThatStaysIsNoRestart)
     EXPECT_EQ(restarts, 0u);
 }
 
-TEST_F(ChainWalkGrowthTest, AMovedMappingIsNoRestart)
+TEST_F(ChainWalkGrowthTest, AMovedMappingIsNotARestart)
 {
     Neighbour const taken = neighbour();
     handler.when("0: slot 0 0a000000", [this] { grow(); });
@@ -191,7 +191,7 @@ TEST_F(ChainWalkGrowthTest, TheShortFileIsReportedEvenWhenTheSlotIsOutOfRange)
                  " 4 slots. Requested file resize to 296 but real file size is 272");
 }
 
-TEST_F(ChainWalkGrowthTest, AMappingThatCannotBeHadEndsTheWalk)
+TEST_F(ChainWalkGrowthTest, AMappingThatTheSystemRefusesEndsTheWalk)
 {
     image.slotsHeader.slotSize = 16;
     image.slotsHeader.valueSize = 0;

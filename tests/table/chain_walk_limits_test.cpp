@@ -78,7 +78,7 @@ protected:
 };
 
 // The writer rewrites each link just after the walk has followed it, so that no slot ever comes
-// again with the link that it had: the chain has no end, and is no circle.
+// again with the link that it had: the chain has no end, and is not a circle.
 TEST_F(ChainWalkLimitsTest, AChainLongerThanAllSlotsTwiceIsWalkedAgain)
 {
     constexpr std::uint32_t slotCount = 5000;

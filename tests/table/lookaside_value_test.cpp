@@ -79,7 +79,7 @@ TEST_F(LookasideValueTest, ThatPointsPastTheMappingHasTheBytesThereAre)
     EXPECT_EQ(textIn(image), expected);
 }
 
-// The bytes that are there are no value of the type, also where their number is that of one.
+// The bytes that are there are not a value of the type, even if they are as many as one has.
 TEST_F(LookasideValueTest, ThatIsCutShortIsShownInHexadecimal)
 {
     auto image = TableImage::of("char[3904]", 4000);

@@ -13,7 +13,7 @@
 
 namespace QuaskTesting {
 
-// Notes each call of a walk as a line, and lets a test act in the midst of the walk. What is zero
+// Notes each call of a walk as a line, and lets a test act in the middle of the walk. What is zero
 // is left away:
 //
 //     "0: slot 3 v5 01000000 s8"     a slot of bucket 0: index, version of the link that led to it,

@@ -1,4 +1,4 @@
-// The growth of a slot file under its reader: SlotReaderGenericTable's set-up and doResize().
+// The growth of a slot file while it is read: SlotReaderGenericTable's setup and doResize().
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -175,7 +175,7 @@ TEST_F(SlotTableGrowthTest, AFileShorterThanTheCountNeedsIsCorruption)
     EXPECT_EQ(statistics.remaps, 0u);
 }
 
-TEST_F(SlotTableGrowthTest, TheSizeNeededWrapsAt32BitsAndNoMemoryOfSizeZeroIsToBeHad)
+TEST_F(SlotTableGrowthTest, TheSizeNeededWrapsAt32BitsAndNoMemoryOfSizeZeroCanBeMapped)
 {
     image.slotsHeader.slotSize = 16;
     image.writeTo(root, "eq");

@@ -40,7 +40,7 @@ replacement_in_a_loop() {
     done
 }
 
-# The bucket file is another one every ten calls, so that attaching never comes to an end with the
+# The bucket file is another one every ten calls, so that attaching never ends with the
 # files that it began with.
 replacement_without_end() {
     local job
