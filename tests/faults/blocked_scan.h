@@ -46,7 +46,7 @@ public:
         return finished;
     }
 
-    // Waits for it to end of itself, its output still unread.
+    // Waits for it to end by itself, its output still unread.
     Finished finishUnread() { return process_.finish(); }
 
     // Closes the reading end instead.

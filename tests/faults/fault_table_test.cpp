@@ -1,4 +1,4 @@
-// docs/faults.md has a line for every test of this program, and names no other.
+// docs/faults.md has a row for every test of this program, and names no other.
 
 #include <gtest/gtest.h>
 

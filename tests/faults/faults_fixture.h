@@ -23,7 +23,15 @@ protected:
 
     Command command(std::vector<std::string> arguments) const
     {
-        return QuaskTesting::quask(root, std::move(arguments));
+        Command command = QuaskTesting::quask(root, std::move(arguments));
+        command.words[0] = program;
+        return command;
+    }
+
+    // The first line of a client report or a header report.
+    std::string title(std::string const& table) const
+    {
+        return "Quask table \"" + root.path() + "/" + table + "\"\n";
     }
 
     // A table of one element, 7.
@@ -45,6 +53,7 @@ protected:
     }
 
     PrivateRoot root;
+    std::string program = QUASK_UNDER_TEST;
     std::string const smallScan =
         "bucket[0] 0-->07000000 ffffffff --> none\nLookaside hits: 0\nChain restarts: 0\n";
 };

@@ -89,11 +89,6 @@ protected:
         return arguments;
     }
 
-    std::string title(std::string const& table) const
-    {
-        return "Quask table \"" + root.path() + "/" + table + "\"\n";
-    }
-
     std::string const figures =
         "Capacity: slots:1024 buckets:1 primary_notifications:0 secondary_notifications:0\n"
         "Occupied slots: 1\n";

@@ -1,11 +1,9 @@
-// What stands by a table file's name without being a file that can be read.
+// What has the name of a table's file and is not a file that can be read.
 
 #include <gmock/gmock.h>
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <optional>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -13,10 +11,9 @@
 
 #include "faults/blocked_scan.h"
 #include "faults/faults_fixture.h"
+#include "faults/full_file_system.h"
 #include "support/mapping_client.h"
 #include "support/other_user.h"
-#include "support/own_namespaces.h"
-#include "support/small_file_system.h"
 
 namespace {
 
@@ -24,9 +21,7 @@ using QuaskTesting::BlockedScan;
 using QuaskTesting::Command;
 using QuaskTesting::Finished;
 using QuaskTesting::MappingClient;
-using QuaskTesting::SmallFileSystem;
 using QuaskTesting::TableFile;
-using QuaskTesting::TableImage;
 using testing::HasSubstr;
 
 std::string const noFigures =
@@ -36,11 +31,6 @@ std::string const noFigures =
 class StrangeFiles : public QuaskTesting::FaultsTest
 {
 protected:
-    std::string title(std::string const& table) const
-    {
-        return "Quask table \"" + root.path() + "/" + table + "\"\n";
-    }
-
     std::string const feed = root.path() + "/feed";
 };
 
@@ -132,45 +122,8 @@ TEST_F(StrangeFiles, WhyAFileCannotBeReadIsSaidAtLevelFive)
     EXPECT_THAT(reason(user.command(command({"feed"}))), failed("attach", "Permission denied"));
 }
 
-// A file of holes on a file system without room for them: no load from it can succeed.
-class UnreadablePages : public StrangeFiles
-{
-protected:
-    void SetUp() override
-    {
-        if (!QuaskTesting::inOwnNamespaces()) {
-            GTEST_SKIP() << QuaskTesting::noOwnNamespaces;
-        }
-        fileSystem.emplace(root.makeDirectory("full"), std::size_t{64} << 10);
-    }
-
-    // A table on that file system, with holes in place of this file's contents from `offset` on.
-    void makeTableWithHoles(TableFile file, std::uint64_t offset)
-    {
-        TableImage const image = TableImage::of("int", 4).buckets(2000).chain(1, {{0, ""}});
-        image.writeTo(root, "full/feed");
-        std::string const path = root.path() + "/full/feed/" + QuaskTesting::fileName(file);
-        std::uint64_t const size = std::filesystem::file_size(path);
-        std::filesystem::resize_file(path, offset);
-        std::filesystem::resize_file(path, size);
-        fill();
-    }
-
-    // Takes what is left of the file system.
-    void fill() const
-    {
-        std::ofstream filler(root.path() + "/full/filler");
-        while (filler.put('x').flush()) {
-        }
-    }
-
-    std::string unreadable(std::string const& file) const
-    {
-        return "Quask table file " + root.path() + "/full/feed/" + file + " could not be read\n";
-    }
-
-    std::optional<SmallFileSystem> fileSystem;
-};
+class UnreadablePages : public QuaskTesting::UnreadablePagesTest
+{};
 
 TEST_F(UnreadablePages, LeaveOnlyTheirFiguresOutOfTheReportOnATable)
 {

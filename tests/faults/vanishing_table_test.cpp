@@ -2,51 +2,23 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <filesystem>
 
 #include "faults/blocked_scan.h"
-#include "faults/faults_fixture.h"
-#include "support/table_layout.h"
+#include "faults/cut_table.h"
 
 namespace {
 
-namespace BucketsOffset = QuaskTesting::BucketsOffset;
-namespace RecordOffset = QuaskTesting::RecordOffset;
-namespace SlotsOffset = QuaskTesting::SlotsOffset;
 using QuaskTesting::BlockedScan;
 using QuaskTesting::Finished;
 
 // What the tool collects before it writes, at least.
 constexpr std::size_t outputBuffer = 240 * 1024;
 
-class VanishingTable : public QuaskTesting::FaultsTest
+class VanishingTable : public QuaskTesting::CutTableTest
 {
 protected:
-    VanishingTable() { large().writeTo(root, "feed"); }
-
-    // The file is cut to half of its length, in pages, under the scan. The bytes that bucket i
-    // needs of it end at `end` + i * `step`.
-    void expectEndAtTheCut(std::string const& name, std::uint64_t end, std::uint64_t step)
-    {
-        std::string const whole = quask({"feed"}).out;
-        std::string const path = directory + "/" + name;
-        std::uint64_t const length = std::filesystem::file_size(path) / 2 / 4096 * 4096;
-        BlockedScan scan(command({"feed"}));
-        std::filesystem::resize_file(path, length);
-        Finished const finished = scan.finish();
-        EXPECT_EQ(finished.err,
-                  "Quask table file " + path + " was cut short while it was being read\n");
-        EXPECT_EQ(finished.exitStatus, 1);
-        // The lines of all buckets before the first of which a byte is missing.
-        EXPECT_EQ(std::count(finished.out.begin(), finished.out.end(), '\n'),
-                  static_cast<std::ptrdiff_t>((length - end) / step + 1));
-        EXPECT_EQ(finished.out.back(), '\n');
-        EXPECT_TRUE(whole.starts_with(finished.out));
-    }
-
     // The files go, and the scan does not mind: it has them mapped.
     template <typename Fault>
     void expectWholeScan(Fault const& fault)
@@ -59,18 +31,16 @@ protected:
         EXPECT_EQ(finished.exitStatus, 0);
         EXPECT_TRUE(finished.out == whole);
     }
-
-    std::string const directory = root.path() + "/feed";
 };
 
 TEST_F(VanishingTable, ASlotFileCutShortDuringAScanEndsItAfterTheLinesBefore)
 {
-    expectEndAtTheCut("slots", SlotsOffset::slot(24, 0) + RecordOffset::value + 4, 24);
+    expectEndWhereTheSlotFileIsCut();
 }
 
 TEST_F(VanishingTable, ABucketFileCutShortDuringAScanEndsItAfterTheLinesBefore)
 {
-    expectEndAtTheCut("buckets", BucketsOffset::link(1), 8);
+    expectEndWhereTheBucketFileIsCut();
 }
 
 TEST_F(VanishingTable, ASlotFileEmptiedDuringAScanEndsItAfterTheLinesBefore)
