@@ -21,6 +21,9 @@ using ElementText::write;
 using ElementText::writeCharacter;
 using ElementText::writeElement;
 
+// The room of a text suffices where the longest text is reserved for an array's last element.
+static_assert(ValuePrinter::textRoom(1) > maxElementText + 2);
+
 // What T is to a program that needs more than its text, if there is a word for it.
 template <typename T>
 constexpr std::optional<ElementType> elementTypeOf()
