@@ -62,7 +62,7 @@ TEST_F(StatOptions, ThatAreNotKnownAreRefused)
 TEST_F(StatOptions, HelpAndVersionNeedNoTables)
 {
     EXPECT_TRUE(stat({"-h"}).out.starts_with("Description:\n   quask-stat shows"));
-    EXPECT_EQ(stat({"--version"}).out, "quask-stat 0.1.0\n");
+    EXPECT_EQ(stat({"--version"}).out, "quask-stat " QUASK_VERSION "\n");
     EXPECT_EQ(stat({"-V"}).exitStatus, 0);
 }
 
