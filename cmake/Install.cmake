@@ -95,6 +95,8 @@ install(FILES docs/ARCHITECTURE.md docs/diagnosis.md docs/faults.md docs/perform
 function(quask_install_stat_documents)
     quask_install_completions(quask-stat tools)
     quask_install_document(${documents}/quask-stat.1 quask-stat.1 ${CMAKE_INSTALL_MANDIR}/man1 tools)
+    install(FILES ${PROJECT_SOURCE_DIR}/schemas/details.schema.json COMPONENT tools
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/quask RENAME quask-stat-details.schema.json)
 endfunction()
 
 # What belongs to quask-json, if that is built.

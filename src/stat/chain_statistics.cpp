@@ -5,38 +5,19 @@
 
 namespace Quask::Stat {
 
-bool ChainStatistics::handleSlot(unsigned /*bucket*/, SlotRef const& /*ref*/,
-                                 unsigned char* /*valueBytes*/, unsigned /*length*/,
-                                 bool /*lookaside*/, unsigned /*sequence*/)
+void ChainStatistics::add(std::uint64_t length, unsigned bucket)
 {
-    ++length_;
-    return true;
-}
-
-bool ChainStatistics::done(unsigned bucket, SlotRef const& /*ref*/)
-{
-    constexpr std::uint64_t progressStep = 4096;
-    if (length_ < shortLengths_.size()) {
-        ++shortLengths_[length_];
+    if (length < shortLengths_.size()) {
+        ++shortLengths_[length];
     } else {
-        ++longLengths_[length_];
+        ++longLengths_[length];
     }
-    if (length_ > 0) {
-        note({length_, bucket});
+    if (length > 0) {
+        note({length, bucket});
     }
-    elements_ += length_;
-    squares_ += static_cast<double>(length_) * static_cast<double>(length_);
-    length_ = 0;
-    if (++buckets_ % progressStep == 0 && onProgress_) {
-        onProgress_(static_cast<unsigned>(buckets_));
-    }
-    return true;
-}
-
-bool ChainStatistics::restart(unsigned /*bucket*/)
-{
-    length_ = 0;
-    return true;
+    ++buckets_;
+    elements_ += length;
+    squares_ += static_cast<double>(length) * static_cast<double>(length);
 }
 
 void ChainStatistics::note(LongChain const& chain)

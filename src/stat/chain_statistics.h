@@ -3,19 +3,14 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <map>
-#include <utility>
 #include <vector>
-
-#include "table/scan_handler.h"
 
 namespace Quask::Stat {
 
-// How long the chains of a table are: a handler of the walk that copies no values. A chain that had
-// to be walked again is counted as it was the last time. Memory is bounded by the number of
-// different lengths. One thread.
-class ChainStatistics final : public ScanHandler
+// How long the chains of a table are. Memory is bounded by the number of different lengths. One
+// thread.
+class ChainStatistics
 {
 public:
     struct LongChain
@@ -27,16 +22,8 @@ public:
 
     static constexpr std::size_t mostLongChains = 5;
 
-    // `onProgress` is called with the number of buckets done, once for every few thousand of them.
-    explicit ChainStatistics(std::function<void(unsigned bucketsDone)> onProgress = {})
-        : onProgress_(std::move(onProgress))
-    {}
-
-    // All three always true.
-    bool handleSlot(unsigned bucket, SlotRef const& ref, unsigned char* valueBytes, unsigned length,
-                    bool lookaside, unsigned sequence) override;
-    bool done(unsigned bucket, SlotRef const& ref) override;
-    bool restart(unsigned bucket) override;
+    // Counts the chain of `bucket`, the buckets in ascending order.
+    void add(std::uint64_t length, unsigned bucket);
 
     // How many chains have each length, from 0 on; lengths that no chain has may be missing.
     std::map<std::uint64_t, std::uint64_t> lengths() const;
@@ -61,8 +48,6 @@ public:
 private:
     void note(LongChain const& chain);
 
-    std::function<void(unsigned bucketsDone)> const onProgress_;
-    std::uint64_t length_ = 0;  // of the chain so far
     std::uint64_t buckets_ = 0;
     std::uint64_t elements_ = 0;
     double squares_ = 0;  // the sum of the lengths' squares

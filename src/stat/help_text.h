@@ -12,7 +12,7 @@ inline constexpr std::string_view helpText =
 
 Usage:
    quask-stat [-J | -r] [-n] [-o LIST] [-i SECONDS [-c COUNT]] [EXPR]
-   quask-stat -v [EXPR]         one table in depth
+   quask-stat -v [-J] [EXPR]    one table in depth
    quask-stat -m [EXPR]         metrics as text
    quask-stat --check [EXPR]    a line, and an exit status for monitoring
    quask-stat -H | -h | -V

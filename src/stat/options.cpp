@@ -125,11 +125,12 @@ bool take(int letter, Options& options)
     }
 }
 
-// Whether each option that shapes rows meets rows.
+// Whether each option that shapes a report meets that report.
 bool isConsistent(Options const& options)
 {
-    if (options.job != Job::rows && options.format == RowFormat::Kind::json) {
-        return fail("-J is for rows");
+    bool const hasJson = options.job == Job::rows || options.job == Job::details;
+    if (options.format == RowFormat::Kind::json && !hasJson) {
+        return fail("-J is for rows and -v");
     }
     bool const shapesRows = !options.hasHeadings || options.columns || options.interval ||
                             options.format == RowFormat::Kind::raw;

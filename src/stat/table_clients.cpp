@@ -4,6 +4,23 @@
 
 namespace Quask::Stat {
 
+char const* roleText(Role role)
+{
+    switch (role) {
+        case Role::writer:
+            return "writer";
+        case Role::shadow:
+            return "shadow";
+        case Role::keyshadow:
+            return "keyshadow";
+        case Role::reader:
+            return "reader";
+        case Role::none:
+            break;
+    }
+    return "none";
+}
+
 std::size_t TableClients::count(Role role) const
 {
     return static_cast<std::size_t>(std::ranges::count_if(

@@ -20,6 +20,9 @@ enum class Role
     none,       // slots for writing alone
 };
 
+// The role in a word, "none" for Role::none.
+char const* roleText(Role role);
+
 struct Client
 {
     pid_t pid = 0;

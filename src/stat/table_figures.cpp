@@ -158,4 +158,11 @@ TableFigures readTableFigures(std::string const& tableName)
     return figures;
 }
 
+bool hasFilesOf(std::string const& tableName, TableFigures const& figures)
+{
+    TableFigures now;
+    examineFiles(rootDirectory() + "/" + tableName, now);
+    return now.files == figures.files;
+}
+
 }  // namespace Quask::Stat

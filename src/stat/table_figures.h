@@ -66,4 +66,7 @@ inline constexpr std::array<char const*, 5> tableFileNames{"buckets", "slots", "
 // at any time.
 TableFigures readTableFigures(std::string const& tableName);
 
+// Whether the table of this name still has the files that the figures were read from.
+bool hasFilesOf(std::string const& tableName, TableFigures const& figures);
+
 }  // namespace Quask::Stat

@@ -16,7 +16,7 @@ WalkProgress::WalkProgress(std::ostream* out, unsigned buckets,
 WalkProgress::~WalkProgress()
 {
     if (isShown_) {
-        *out_ << "\r\033[K" << std::flush;
+        *out_ << "\033[K" << std::flush;
     }
 }
 
@@ -28,8 +28,9 @@ void WalkProgress::show(unsigned bucketsDone)
     }
     double const elapsed = std::chrono::duration<double>(now - start_).count();
     double const left = elapsed / bucketsDone * (buckets_ - bucketsDone);
-    *out_ << "\r" << bucketsDone << " of " << buckets_ << " buckets, "
-          << static_cast<long long>(std::ceil(left)) << " s left\033[K" << std::flush;
+    // What comes next on the terminal, even a signal handler's message, begins the line again.
+    *out_ << bucketsDone << " of " << buckets_ << " buckets, "
+          << static_cast<long long>(std::ceil(left)) << " s left\033[K\r" << std::flush;
     isShown_ = true;
     next_ = now + 200ms;
 }

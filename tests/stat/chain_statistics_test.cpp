@@ -3,27 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
+
+#include "stat/chain_counter.h"
 
 namespace {
 
+using Quask::Stat::ChainCounter;
 using Quask::Stat::ChainStatistics;
+using Quask::Stat::WalkProgress;
 using Lengths = std::map<std::uint64_t, std::uint64_t>;
 
 class ChainStatisticsTest : public testing::Test
 {
 protected:
-    void elements(unsigned count)
-    {
-        for (unsigned i = 0; i < count; ++i) {
-            chains.handleSlot(bucket_, {}, nullptr, 0, false, 0);
-        }
-    }
-
-    void chain(unsigned length)
-    {
-        elements(length);
-        chains.done(bucket_++, {});
-    }
+    void chain(unsigned length) { chains.add(length, bucket_++); }
 
     ChainStatistics chains;
 
@@ -62,15 +56,6 @@ TEST_F(ChainStatisticsTest, EqualLengthsHaveNoSpread)
     EXPECT_EQ(chains.deviation(), 0);
 }
 
-TEST_F(ChainStatisticsTest, AChainThatIsWalkedAgainCountsAsItWasTheLastTime)
-{
-    elements(5);
-    chains.restart(0);
-    chain(2);
-    EXPECT_EQ(chains.lengths(), (Lengths{{2, 1}}));
-    EXPECT_EQ(chains.elements(), 2u);
-}
-
 TEST_F(ChainStatisticsTest, RememberTheLongestChainsAndTheirBuckets)
 {
     for (unsigned const length : {1u, 7u, 3u, 7u, 100u, 2u, 3u}) {
@@ -81,14 +66,52 @@ TEST_F(ChainStatisticsTest, RememberTheLongestChainsAndTheirBuckets)
     EXPECT_EQ(chains.lengths().rbegin()->first, 100u);
 }
 
-TEST(ChainStatisticsProgress, IsReportedEveryFewThousandBuckets)
+// What a walk calls.
+class ChainCounterTest : public testing::Test
 {
-    std::vector<unsigned> reports;
-    ChainStatistics chains([&reports](unsigned done) { reports.push_back(done); });
-    for (unsigned bucket = 0; bucket < 10000; ++bucket) {
-        chains.done(bucket, {});
+protected:
+    void elements(unsigned bucket, unsigned count)
+    {
+        for (unsigned i = 0; i < count; ++i) {
+            EXPECT_TRUE(counter.handleSlot(bucket, {}, nullptr, 0, false, 0));
+        }
     }
-    EXPECT_EQ(reports, (std::vector<unsigned>{4096, 8192}));
+
+    std::ostringstream out;
+    WalkProgress::Clock::time_point time;
+    ChainStatistics chains;
+    WalkProgress progress{&out, 10000, [this] { return time += std::chrono::seconds(1); }};
+    ChainCounter counter{chains, progress};
+};
+
+TEST_F(ChainCounterTest, CountsTheElementsOfEachChain)
+{
+    elements(0, 2);
+    counter.done(0, {});
+    counter.done(1, {});
+    elements(2, 2);
+    counter.done(2, {});
+    EXPECT_EQ(chains.lengths(), (Lengths{{0, 1}, {2, 2}}));
+    EXPECT_EQ(chains.longest(), (std::vector<ChainStatistics::LongChain>{{2, 0}, {2, 2}}));
+}
+
+TEST_F(ChainCounterTest, CountsAChainThatIsWalkedAgainAsItWasTheLastTime)
+{
+    elements(0, 5);
+    counter.restart(0);
+    elements(0, 2);
+    counter.done(0, {});
+    EXPECT_EQ(chains.lengths(), (Lengths{{2, 1}}));
+    EXPECT_EQ(chains.elements(), 2u);
+}
+
+TEST_F(ChainCounterTest, ShowsItsProgressEveryFewThousandBuckets)
+{
+    for (unsigned bucket = 0; bucket < 10000; ++bucket) {
+        counter.done(bucket, {});
+    }
+    EXPECT_EQ(out.str(),
+              "4096 of 10000 buckets, 2 s left\033[K\r8192 of 10000 buckets, 1 s left\033[K\r");
 }
 
 }  // namespace

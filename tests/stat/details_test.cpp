@@ -1,8 +1,9 @@
 // quask-stat -v: one table in depth.
 
+#include <filesystem>
 #include <regex>
 
-#include "stat/stat_fixture.h"
+#include "stat/details_fixture.h"
 
 namespace {
 
@@ -12,26 +13,9 @@ using QuaskTesting::Finished;
 using QuaskTesting::MappingClient;
 using QuaskTesting::TableImage;
 
-class Details : public QuaskTesting::StatTest
+class Details : public QuaskTesting::DetailsTest
 {
 protected:
-    Details()
-    {
-        // Of 8 buckets 4 are empty, 2 have one element, 1 has two, 1 has twenty.
-        TableImage image = TableImage::of("int", 4).buckets(8);
-        std::uint32_t slot = 0;
-        for (auto const& [bucket, length] : {std::pair(0u, 1u), {3u, 20u}, {5u, 1u}, {6u, 2u}}) {
-            std::vector<TableImage::Element> elements;
-            for (unsigned i = 0; i < length; ++i) {
-                elements.emplace_back(slot++, "abcd");
-            }
-            image.chain(bucket, elements);
-        }
-        image.bucketsHeader.ownerPid = static_cast<std::uint32_t>(getpid());
-        image.slotsHeader.maxSlots = 100;
-        image.writeTo(root, "feed");
-    }
-
     // The part of the text from this line on.
     static std::string from(std::string const& line, std::string const& text)
     {
@@ -164,8 +148,30 @@ TEST_F(Details, OfACorruptTableEndWithTheReason)
     Finished const run = stat({"-v"});
     EXPECT_TRUE(run.out.ends_with("\nClients\n  none\n")) << run.out;
     EXPECT_NE(run.err.find("out-of-range index: 77 max:23"), run.err.npos) << run.err;
-    EXPECT_TRUE(run.err.starts_with("quask-stat: ")) << run.err;
+    EXPECT_TRUE(run.err.starts_with("quask-stat: feed cannot be walked: ")) << run.err;
     EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_F(Details, OfATableThatCannotBeReadSayWhyOnce)
+{
+    TableImage::load(root.path() + "/feed")
+        .without(QuaskTesting::TableFile::slots)
+        .writeTo(root, "feed\x1b[31m");
+    Finished const run = stat({"-v", "feed\x1b"});
+    EXPECT_TRUE(run.out.ends_with("\nClients\n  none\n")) << run.out;
+    EXPECT_EQ(run.err,
+              "quask-stat: feed\\x1b[31m cannot be walked: slots: No such file or directory\n");
+    EXPECT_EQ(run.exitStatus, 1);
+}
+
+TEST_F(Details, OfARemovedTableHaveNoWalk)
+{
+    MappingClient const old = clientOf("feed", reading);
+    std::filesystem::remove_all(root.path() + "/feed");
+    Finished const run = stat({"-v"});
+    EXPECT_TRUE(run.out.ends_with(" mapping_client\n")) << run.out;
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.exitStatus, 0);
 }
 
 TEST_F(Details, AreOfOneTable)

@@ -99,7 +99,7 @@ TEST_F(Readme, ShowsWhatIsPrinted)
         command.environment["PATH"] = programs + ":" + std::getenv("PATH");
         EXPECT_EQ(squeezed(QuaskTesting::run(command).out), squeezed(expected)) << (*found)[1];
     }
-    EXPECT_EQ(count, 6);
+    EXPECT_EQ(count, 7);
     std::filesystem::remove_all(programs);
 }
 

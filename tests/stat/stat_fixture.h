@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <linux/capability.h>
+
 #include "support/child_process.h"
 #include "support/mapping_client.h"
 #include "support/own_namespaces.h"
@@ -16,6 +18,12 @@
 namespace QuaskTesting {
 
 using Arguments = std::vector<std::string>;
+
+// For Command::lacking: any of them is enough to look into other processes on some kernel.
+inline std::vector<int> rightsToLookIntoOthers()
+{
+    return {CAP_SYS_PTRACE, CAP_SYS_ADMIN, CAP_PERFMON};
+}
 
 // Runs the real program on the tables of a private root. There are no processes but the test's.
 class StatTest : public testing::Test

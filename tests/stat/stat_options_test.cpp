@@ -30,9 +30,9 @@ TEST_F(StatOptions, ThatContradictEachOtherAreRefused)
     expectRefused({"-c", "3"}, "-c needs -i");
     expectRefused({"-v", "-i", "1"}, "-i, -n, -o and -r are for rows");
     expectRefused({"-m", "-o", "NAME"}, "-i, -n, -o and -r are for rows");
-    expectRefused({"-m", "-J"}, "-J is for rows");
-    expectRefused({"-v", "-J"}, "-J is for rows");
-    expectRefused({"--check", "-J"}, "-J is for rows", 3);
+    expectRefused({"-v", "-J", "-n"}, "-i, -n, -o and -r are for rows");
+    expectRefused({"-m", "-J"}, "-J is for rows and -v");
+    expectRefused({"--check", "-J"}, "-J is for rows and -v", 3);
     expectRefused({"a", "b"}, "there is more than one EXPR");
 }
 

@@ -25,18 +25,18 @@ TEST_F(WalkProgressTest, IsSaidAfterASecondAndGoneAtTheEnd)
         EXPECT_EQ(out.str(), "");
         time += 1ms;
         progress.show(250);
-        EXPECT_EQ(out.str(), "\r250 of 1000 buckets, 3 s left\033[K");
+        EXPECT_EQ(out.str(), "250 of 1000 buckets, 3 s left\033[K\r");
         time += 100ms;
         progress.show(300);
-        EXPECT_EQ(out.str(), "\r250 of 1000 buckets, 3 s left\033[K") << "not all the time";
+        EXPECT_EQ(out.str(), "250 of 1000 buckets, 3 s left\033[K\r") << "not all the time";
         time += 900ms;
         progress.show(900);
         EXPECT_EQ(out.str(),
-                  "\r250 of 1000 buckets, 3 s left\033[K"
-                  "\r900 of 1000 buckets, 1 s left\033[K");
+                  "250 of 1000 buckets, 3 s left\033[K\r"
+                  "900 of 1000 buckets, 1 s left\033[K\r");
         out.str("");
     }
-    EXPECT_EQ(out.str(), "\r\033[K");
+    EXPECT_EQ(out.str(), "\033[K");
 }
 
 TEST_F(WalkProgressTest, OfAShortWalkIsNotSaid)
