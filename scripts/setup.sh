@@ -47,14 +47,19 @@ look_for() {
     done
 }
 
-# install PACKAGE...: with apt-get, as root. False where that is not possible.
-install() {
-    local as_root=()
-    command -v apt-get > /dev/null || return
+# Sets `as_root` to what comes before a command that takes root. False where nobody can become root.
+become_root() {
+    as_root=()
     if [ "$(id -u)" -ne 0 ]; then
         sudo -n true 2> /dev/null || return
         as_root=(sudo)
     fi
+}
+
+# install PACKAGE...: with apt-get, as root. False where that is not possible.
+install() {
+    local as_root
+    command -v apt-get > /dev/null && become_root || return
     echo "Installing $*"
     "${as_root[@]}" apt-get update -qq &&
         DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq "$@" > /dev/null
@@ -77,6 +82,33 @@ need() {
         echo "You need CMake 3.25 and g++ 12 or clang 14: Debian 12, Ubuntu 24.04, or later." >&2
         exit 1
     fi
+}
+
+# download PACKAGE: the package's file, into this directory.
+download() {
+    local as_root
+    apt-get -qq -o APT::Sandbox::User=root download "$1" 2> /dev/null ||
+        { become_root && "${as_root[@]}" apt-get update -qq && apt-get -qq -o APT::Sandbox::User=root download "$1"; }
+}
+
+# fetch PACKAGE PROGRAM: puts this program of a Debian package into `tools`, and that into PATH, without
+# installing the package, which would start a service. Where that is not possible, the tests that need the
+# program are skipped, and CTest says so.
+fetch() {
+    local package=$1 program=$2 work
+    mkdir -p "$tools"
+    [[ :$PATH: == *":$tools:"* ]] || PATH=$PATH:$tools
+    ! command -v "$program" > /dev/null || return 0
+    echo "Fetching $program"
+    work=$(mktemp -d) || return 0
+    if (cd "$work" && download "$package") > /dev/null 2>&1 &&
+        dpkg-deb --fsys-tarfile "$work"/*.deb | tar -xO "./usr/bin/$program" > "$work/program" && [ -s "$work/program" ]; then
+        chmod +x "$work/program"
+        mv "$work/program" "$tools/$program"
+    else
+        echo "$program cannot be fetched"
+    fi
+    rm -rf "$work"
 }
 
 # build PRESET [TARGET...]: configures and builds, quietly unless it fails. A second call for the same
@@ -102,6 +134,7 @@ build() {
 
 build_packages=(cmake g++ ninja-build)
 json_packages=(rapidjson-dev)  # for quask-json
-stat_packages=(libsmartcols-dev)  # for quask-stat
+stat_packages=(libsmartcols-dev)  # for quask-stat, with those of quask-json
 test_packages=("${build_packages[@]}" "${json_packages[@]}" "${stat_packages[@]}" jq libgtest-dev libgmock-dev python3-jsonschema)
+tools=$PWD/build/tools  # see fetch
 document_packages=(fish groff mandoc zsh)  # for the tests of manual pages and completions

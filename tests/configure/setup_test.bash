@@ -97,5 +97,29 @@ expect 1 'Installing cmake
 Still missing, or too old: cmake
 You need CMake 3.25 and g++ 12 or clang 14: Debian 12, Ubuntu 24.04, or later.' 'need cmake ninja-build'
 
+# A program whose package would start a service is taken out of the package's file.
+begin
+ln -s "$(command -v mkdir)" "$(command -v mktemp)" "$(command -v rm)" "$(command -v tar)" "$(command -v chmod)" \
+    "$(command -v mv)" "$(command -v ls)" "$work/bin"
+mkdir -p "$work/package/usr/bin"
+printf '#!%s\necho fetched\n' "$bash" > "$work/package/usr/bin/promtool"
+printf 'not wanted\n' > "$work/package/usr/bin/prometheus"
+tar -cf "$work/package.tar" -C "$work/package" .
+program apt-get "[[ \$* == *'download prometheus' ]] && : > prometheus_1_all.deb"
+program dpkg-deb "[[ \$* == '--fsys-tarfile '*/prometheus_1_all.deb ]] && exec $(command -v cat) '$work/package.tar'"
+expect 0 'Fetching promtool
+fetched
+promtool' "tools=$work/tools; fetch prometheus promtool; promtool; ls '$work/tools'"
+expect 0 'fetched' "tools=$work/tools; fetch prometheus promtool; promtool"
+
+# Where that is not possible, the tests that need it are skipped.
+rm -rf "$work/tools"
+program apt-get 'exit 1'
+expect 0 'Fetching promtool
+promtool cannot be fetched' "tools=$work/tools; fetch prometheus promtool; ls '$work/tools'"
+rm "$work/bin/apt-get"
+expect 0 'Fetching promtool
+promtool cannot be fetched' "tools=$work/tools; fetch prometheus promtool"
+
 printf '%d cases, %d failures\n' "$count" "$failures"
 ((failures == 0))

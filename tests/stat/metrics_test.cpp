@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 
 #include "stat/stat_fixture.h"
+#include "support/waiting.h"
 
 namespace {
 
@@ -179,11 +180,13 @@ TEST_F(Metrics, AreServedByTheNodeExporter)
                                      "--collector.textfile.directory=" + root.path() + "/collected",
                                      "--web.listen-address=127.0.0.1:" + port}});
     std::string answer;
-    while (answer.empty() && kill(exporter.pid(), 0) == 0) {
+    while (answer.empty() && !QuaskTesting::hasEnded(exporter.pid())) {
         answer = get(static_cast<unsigned>(std::stoul(port)), "/metrics");
     }
     EXPECT_NE(answer.find("\nquask_slots_used{table=\"feed/eq\"} 20\n"), answer.npos) << answer;
-    EXPECT_NE(answer.find("\nquask_notifications_total{table=\"feed/eq\"} 8e+09\n"), answer.npos);
+    EXPECT_NE(answer.find("\n# TYPE quask_notifications_total counter\n"
+                          "quask_notifications_total{table=\"feed/eq\"} 8e+09\n"),
+              answer.npos);
     EXPECT_NE(answer.find("\nnode_textfile_scrape_error 0\n"), answer.npos);
     exporter.kill(SIGTERM);
     exporter.finish();
