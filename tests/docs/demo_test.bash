@@ -28,6 +28,10 @@ for demo in 1 2; do
     for role in Writer:\ price_feed Shadow:\ attach_client Keyshadow:\ attach_client Reader:\ attach_client; do
         [[ $out == *$'\n'"$role"* ]] || fail "$demo shows no $role"
     done
+    if [[ -x $programs/quask-stat ]]; then
+        [[ $out == *$'\nprices '*' price_feed-'*' ok'$'\n'* ]] || fail "$demo shows no row of the table"
+        [[ $out == *$'\nWalk\n  elements '*$'\nLength of chains, buckets\n'* ]] || fail "$demo shows no chains"
+    fi
     [[ ! -s $work/errors$demo ]] || fail "$(< "$work/errors$demo")"
     [[ ! -e $work/$demo/tables ]] || fail "$demo leaves its root directory"
 done
