@@ -1,5 +1,6 @@
 #include "cli/process.h"
 
+#include <algorithm>
 #include <iostream>
 
 #include <unistd.h>
@@ -19,7 +20,7 @@ int runProcess(int (*run)(int argc, char** argv), int argc, char** argv)
     int const status = run(argc, argv);
     if (!output.finish()) {
         std::cerr << "Error writing to standard output" << std::endl;
-        return 1;
+        return std::max(status, 1);
     }
     return status;
 }
