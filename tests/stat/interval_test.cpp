@@ -80,6 +80,10 @@ std::string const enter = "\033[?1049h\033[?25l";
 std::string const leave = "\033[?25h\033[?1049l";
 std::string const end = "\033[K\033[J";
 
+// Ends a program that takes each key at once, as it should, and one that takes whole lines. A
+// signal that is sent before it comes first.
+std::string const quit = "q\n";
+
 class Display : public QuaskTesting::StatTest
 {
 protected:
@@ -110,7 +114,7 @@ TEST_F(Display, IsDrawnAtOnceAndLeavesTheTerminalAsItWas)
     EXPECT_EQ(terminal.readUntil(end), enter + first);
     EXPECT_EQ(terminal.settings().c_lflag & static_cast<tcflag_t>(ICANON | ECHO), 0u);
     EXPECT_NE(terminal.settings().c_lflag & static_cast<tcflag_t>(ISIG), 0u);
-    terminal.type("xq");
+    terminal.type("x" + quit);
     Finished const run = terminal.finish();
     EXPECT_EQ(run.out, leave);
     EXPECT_EQ(run.exitStatus, 0);
@@ -118,15 +122,17 @@ TEST_F(Display, IsDrawnAtOnceAndLeavesTheTerminalAsItWas)
 
 TEST_F(Display, HasTheSettingsBackAtTheEnd)
 {
-    // A shell that outlives the program keeps the terminal open.
+    // A shell that starts the program when it is told to, and outlives it, keeps the terminal open.
     QuaskTesting::Command command = this->command({});
     command.words = {"/bin/sh", "-c",
-                     QUASK_STAT_UNDER_TEST " -i 86400; echo status $?; read line; exit 7"};
+                     "read line; " QUASK_STAT_UNDER_TEST
+                     " -i 86400; echo status $?; read line; exit 7"};
     PseudoTerminal terminal(command, 80, 20);
     termios const before = terminal.settings();
+    terminal.type("\n");
     terminal.readUntil(end);
     EXPECT_FALSE(isSame(terminal.settings(), before));
-    terminal.type("q");
+    terminal.type(quit);
     EXPECT_EQ(terminal.readUntil("status 0"), leave + "status 0");
     EXPECT_TRUE(isSame(terminal.settings(), before));
     terminal.type("\n");
@@ -142,7 +148,7 @@ TEST_F(Display, IsDrawnAgainWhenTheWindowIsResized)
               "\033[HNAME USED USE% UPDATES/S NOTIFIED/S NET/S GROWN/S WRITER STATE" + end);
     terminal.resize(80, 20);
     EXPECT_EQ(terminal.readUntil(end), first);
-    terminal.type("q");
+    terminal.type(quit);
     EXPECT_EQ(terminal.finish().exitStatus, 0);
 }
 
@@ -150,7 +156,7 @@ TEST_F(Display, IsLeftByCtrlCWithTheSignal)
 {
     PseudoTerminal terminal = start(80);
     terminal.readUntil(end);
-    terminal.type("\003");
+    terminal.type("\003" + quit);
     Finished const run = terminal.finish();
     EXPECT_EQ(run.out, leave);
     EXPECT_EQ(run.signal, SIGINT);
@@ -161,6 +167,7 @@ TEST_F(Display, IsLeftWhenTheProgramIsToldToEnd)
     PseudoTerminal terminal = start(80);
     terminal.readUntil(end);
     kill(terminal.pid(), SIGTERM);
+    terminal.type(quit);
     Finished const run = terminal.finish();
     EXPECT_EQ(run.out, leave);
     EXPECT_EQ(run.signal, SIGTERM);
@@ -171,12 +178,13 @@ TEST_F(Display, ReturnsAfterTheProgramWasStopped)
     PseudoTerminal terminal = start(80);
     terminal.readUntil(end);
     kill(terminal.pid(), SIGTSTP);
-    EXPECT_EQ(terminal.readUntil(leave), leave);
     while (QuaskTesting::statusField(terminal.pid(), "State") != "T") {
+        ASSERT_FALSE(QuaskTesting::hasEnded(terminal.pid()));
     }
+    EXPECT_EQ(terminal.readNow(), leave);
     kill(terminal.pid(), SIGCONT);
     EXPECT_EQ(terminal.readUntil(end), enter + first);
-    terminal.type("q");
+    terminal.type(quit);
     EXPECT_EQ(terminal.finish().exitStatus, 0);
 }
 
@@ -196,7 +204,7 @@ TEST_F(Display, ShowsNamesOfStrangersEscaped)
     ordinary().writeTo(root, "a\x1b[31m\nb");
     PseudoTerminal terminal = start(120);
     EXPECT_NE(terminal.readUntil(end).find("\r\na\\x1b[31m\\x0ab   20"), std::string::npos);
-    terminal.type("q");
+    terminal.type(quit);
     EXPECT_EQ(terminal.finish().exitStatus, 0);
 }
 

@@ -16,12 +16,8 @@ protected:
     void expect(std::string const& text, Severity severity) const
     {
         auto const conditions = conditionsOf(look.figures, look.clients, limits);
-        Severity worst = Severity::fine;
-        for (Condition const condition : conditions) {
-            worst = worse(worst, severityOf(condition));
-        }
         EXPECT_EQ(stateText(conditions, look.figures.problem), text);
-        EXPECT_EQ(worst, severity) << text;
+        EXPECT_EQ(worstOf(conditions), severity) << text;
     }
 
     static Client client(pid_t pid, Role role, bool isStale)

@@ -5,9 +5,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
@@ -90,6 +92,14 @@ std::string PseudoTerminal::readUntil(std::string const& text)
     std::string const read = unread_.substr(0, end);
     unread_.erase(0, end);
     return read;
+}
+
+std::string PseudoTerminal::readNow()
+{
+    pollfd waited{terminal_, POLLIN, 0};
+    while (poll(&waited, 1, 0) == 1 && readSome()) {
+    }
+    return std::exchange(unread_, {});
 }
 
 Finished PseudoTerminal::finish()

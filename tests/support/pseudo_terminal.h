@@ -35,6 +35,9 @@ public:
     // printed until then; without it when the program ended before.
     std::string readUntil(std::string const& text);
 
+    // What it has printed since the last call until now.
+    std::string readNow();
+
     // Reads what is left, each line's end as a newline, and reaps the program.
     Finished finish();
 
