@@ -85,6 +85,15 @@ void appendEscaped(std::string& out, std::string_view bytes)
     }
 }
 
+void appendUnicodeEscape(std::string& out, std::uint32_t unit)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    out += "\\u";
+    for (unsigned shift = 16; shift > 0; shift -= 4) {
+        out += digits[unit >> (shift - 4) & 0xf];
+    }
+}
+
 }  // namespace
 
 std::string terminalText(std::string_view text, bool isUtf8)
@@ -118,6 +127,25 @@ std::string utf8Text(std::string_view text)
             out += text.substr(0, character.length);
             text.remove_prefix(character.length);
         }
+    }
+    return out;
+}
+
+std::string asciiJson(std::string_view json)
+{
+    std::string out;
+    while (!json.empty()) {
+        Character const character = firstCharacter(json);
+        std::uint32_t const code = character.code;
+        if (code < 0x7f) {
+            out += json.front();
+        } else if (code <= 0xffff) {
+            appendUnicodeEscape(out, code);
+        } else {  // two units of UTF-16
+            appendUnicodeEscape(out, 0xd800 + ((code - 0x10000) >> 10));
+            appendUnicodeEscape(out, 0xdc00 + ((code - 0x10000) & 0x3ff));
+        }
+        json.remove_prefix(std::max<std::size_t>(character.length, 1));
     }
     return out;
 }

@@ -12,9 +12,13 @@ namespace Quask::Stat {
 // remains one line.
 std::string terminalText(std::string_view text, bool isUtf8);
 
-// For JSON and OpenMetrics, which are UTF-8: each byte that is part of no character of UTF-8
-// becomes U+FFFD.
+// For JSON and metrics, which are UTF-8: each byte that is part of no character of UTF-8 becomes
+// U+FFFD.
 std::string utf8Text(std::string_view text);
+
+// A JSON text in UTF-8 with the characters that are not ASCII written as \uXXXX, so that its
+// strings have none that a terminal acts on.
+std::string asciiJson(std::string_view json);
 
 // Whether the locale that the process has set encodes characters in UTF-8.
 bool isUtf8Locale();

@@ -104,10 +104,13 @@ std::string SmartTable::text(std::size_t unreadProcesses) const
     require(scols_print_table_to_string(table_.get(), &printed) == 0);
     std::unique_ptr<char, decltype(&std::free)> const owned(printed, &std::free);
     std::string text = printed == nullptr ? "" : printed;
-    constexpr std::string_view end = "\n}\n";
-    if (format_.kind == FormatKind::json && text.ends_with(end)) {
-        text.insert(text.size() - end.size(),
-                    ",\n   \"unread_processes\": " + std::to_string(unreadProcesses));
+    if (format_.kind == FormatKind::json) {
+        constexpr std::string_view end = "\n}\n";
+        text = asciiJson(text);
+        if (text.ends_with(end)) {
+            text.insert(text.size() - end.size(),
+                        ",\n   \"unread_processes\": " + std::to_string(unreadProcesses));
+        }
     } else if (!text.empty() && !text.ends_with('\n')) {
         text += '\n';
     }

@@ -144,13 +144,13 @@ TEST_F(RowsOfStrangers, AreOneLineInRawOutput)
     EXPECT_EQ(stat({"-rn", "-o", "NAME,VALUE"}).out, "a\\x1b[31m\\x0ab\\xff \\x1b]0;type\\x07\n");
 }
 
-TEST_F(RowsOfStrangers, AreUtf8InJson)
+TEST_F(RowsOfStrangers, AreAsciiInJson)
 {
     EXPECT_EQ(stat({"-J", "-o", "NAME,VALUE"}).out,
               "{\n"
               "   \"tables\": [\n"
               "      {\n"
-              "         \"name\": \"a\\u001b[31m\\nb\xef\xbf\xbd\",\n"
+              "         \"name\": \"a\\u001b[31m\\nb\\ufffd\",\n"
               "         \"value\": \"\\u001b]0;type\\u0007\"\n"
               "      }\n"
               "   ],\n"

@@ -4,6 +4,7 @@
 
 namespace {
 
+using Quask::Stat::asciiJson;
 using Quask::Stat::terminalText;
 using Quask::Stat::utf8Text;
 
@@ -53,6 +54,14 @@ TEST(Utf8Text, ReplacesOnlyWhatIsNotUtf8)
 {
     EXPECT_EQ(utf8Text("a\x1b\n\xc3\xb6"), "a\x1b\n\xc3\xb6");
     EXPECT_EQ(utf8Text("a\xff\xc3."), "a\xef\xbf\xbd\xef\xbf\xbd.");
+}
+
+TEST(AsciiJson, HasNothingThatATerminalActsOn)
+{
+    EXPECT_EQ(asciiJson("{\n\"name\": \"a\\u001b[m\"\n}\n"), "{\n\"name\": \"a\\u001b[m\"\n}\n");
+    EXPECT_EQ(asciiJson("\"~\x7f\xc2\x80\xc2\x9b\xe2\x82\xac\""), R"("~\u007f\u0080\u009b\u20ac")");
+    EXPECT_EQ(asciiJson("\"\xef\xbf\xbf\xf0\x90\x80\x80\xf4\x8f\xbf\xbf\""),
+              R"("\uffff\ud800\udc00\udbff\udfff")");
 }
 
 }  // namespace
