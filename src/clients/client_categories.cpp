@@ -127,7 +127,7 @@ void QuaskClientScanner::doPopulateCommandNames(QuaskClientList& clients,
             std::string const commandLine = Util::readCmdline(*handler, client.pid);
             std::string_view const program =
                 std::string_view(commandLine).substr(0, commandLine.find(' '));
-            command->second = std::string(behindLastSlash(program));
+            command->second = std::string(afterLastSlash(program));
             trace(*handler, 5, "Extracted command ", command->second.text(), " for pid ",
                   client.pid);
         } else {

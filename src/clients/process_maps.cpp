@@ -50,7 +50,7 @@ bool mayCount(std::string_view line)
     }
     // Without a space after its first slash, the line can only have slashes in its last token.
     std::string_view const rest = line.substr(slash);
-    return rest.find(' ') != std::string_view::npos || isFileType(behindLastSlash(rest));
+    return rest.find(' ') != std::string_view::npos || isFileType(afterLastSlash(rest));
 }
 
 // Calls add(directory, info) for every mapping, in the order of the lines, of a counted file that
@@ -71,7 +71,7 @@ void forEachMapping(DebugHandler& handler, String const& mapsPath, MapsFile& map
         trace(handler, 5, "Ignoring file ", mapsPath, " with empty proc name");
         return;
     }
-    std::string const procName(behindLastSlash(executable));
+    std::string const procName(afterLastSlash(executable));
     trace(handler, 9, "procName: ", procName);
 
     bool const tracesEveryLine = handler.isEnabled(9);

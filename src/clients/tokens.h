@@ -36,7 +36,7 @@ inline std::string_view nthToken(std::string_view text, unsigned index, std::str
 }
 
 // The part after the last "/"; all of it when there is none.
-inline std::string_view behindLastSlash(std::string_view text)
+inline std::string_view afterLastSlash(std::string_view text)
 {
     return text.substr(text.rfind('/') + 1);
 }

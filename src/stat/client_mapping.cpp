@@ -72,7 +72,7 @@ std::optional<ClientMapping> readClientMapping(std::string_view line)
     std::string_view path = line.substr(start);
     bool const isRemoved = path.ends_with(removed);
     path.remove_suffix(isRemoved ? removed.size() : 0);
-    std::optional const file = clientFileCalled(behindLastSlash(path));
+    std::optional const file = clientFileCalled(afterLastSlash(path));
     if (!file) {
         return std::nullopt;
     }

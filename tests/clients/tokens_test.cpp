@@ -6,7 +6,7 @@
 
 namespace {
 
-using Quask::behindLastSlash;
+using Quask::afterLastSlash;
 using Quask::nthToken;
 
 TEST(NthToken, RunsOfDelimitersSeparateAndLeadingOnesAreSkipped)
@@ -41,10 +41,10 @@ TEST(NthToken, ANulIsACharacterLikeAnyOther)
 
 TEST(BehindLastSlash, IsAllOfATextThatHasNone)
 {
-    EXPECT_EQ(behindLastSlash("/usr/bin/feeder"), "feeder");
-    EXPECT_EQ(behindLastSlash("feeder"), "feeder");
-    EXPECT_EQ(behindLastSlash("/usr/bin/"), "");
-    EXPECT_EQ(behindLastSlash(""), "");
+    EXPECT_EQ(afterLastSlash("/usr/bin/feeder"), "feeder");
+    EXPECT_EQ(afterLastSlash("feeder"), "feeder");
+    EXPECT_EQ(afterLastSlash("/usr/bin/"), "");
+    EXPECT_EQ(afterLastSlash(""), "");
 }
 
 }  // namespace
