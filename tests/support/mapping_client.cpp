@@ -6,8 +6,9 @@
 // mapped all the same. NAME is on the process's command line in place of the program's
 // path. With --secret, others may look into the process only by a privilege (CAP_SYS_PTRACE), even
 // those of the same user. With --churn, it starts processes that inherit its mappings and end at
-// once, some hundred to some thousand per second. Prints "ready" when all files are mapped, and ends
-// with its standard input. Status 1, with a line on standard error, when a file cannot be mapped.
+// once, some hundred to some thousand per second. Prints "ready" when all files are mapped, and
+// ends with its standard input. Status 1, with a line on standard error, when a file cannot be
+// mapped.
 
 #include <algorithm>
 #include <cstdio>
