@@ -8,6 +8,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -16,10 +17,12 @@
 #include "support/forked.h"
 #include "support/patience.h"
 #include "support/pipe.h"
+#include "support/waiting.h"
 
 namespace {
 
 using Dovan::StandardOutput;
+using QuaskTesting::awaitWaiting;
 using QuaskTesting::endOf;
 using QuaskTesting::Forked;
 using QuaskTesting::Patience;
@@ -113,18 +116,24 @@ std::string const manyLines = [] {
 TEST(StandardOutputEnd, WhatIsBeingWrittenWhenASignalComesIsNotWrittenTwice)
 {
     Pipe pipe;
+    // The pipe has a page less than a power of two, so that there is room for a part of a write.
+    ASSERT_EQ(write(pipe.writeEnd(), "\n", 1), 1);
     Forked process = printing(pipe, [] {
         static_cast<void>(std::signal(SIGUSR1, [](int) {
             StandardOutput::writeRemainder();
             _exit(7);
         }));
-        std::cout << manyLines << std::flush;
+        // In pieces that are collected; a text of this size would be written from where it is.
+        for (std::string_view rest = manyLines; !rest.empty(); rest.remove_prefix(1)) {
+            std::cout << rest.front();
+        }
         return 0;
     });
     while (!pipe.isFull()) {
     }
+    awaitWaiting(process.pid());  // in the write, not between two of them
     process.kill(SIGUSR1);
-    EXPECT_TRUE(manyLines.starts_with(pipe.readToEnd()));
+    EXPECT_TRUE(("\n" + manyLines).starts_with(pipe.readToEnd()));
     EXPECT_EQ(process.end(), 7);
 }
 
