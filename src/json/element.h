@@ -85,13 +85,13 @@ inline char* beginValue(char* out)
 
 inline char* beginHex(char* out)
 {
-    return write(out, ",\"hex\":\"");
+    return write(out, R"(,"hex":")");
 }
 
 // From the end of the hexadecimal digits on.
 inline char* endElement(char* out, bool lookaside)
 {
-    return write(out, lookaside ? "\",\"lookaside\":true}" : "\",\"lookaside\":false}");
+    return write(out, lookaside ? R"(","lookaside":true})" : R"(","lookaside":false})");
 }
 
 }  // namespace Quask::Json

@@ -147,7 +147,7 @@ public:
             T number;
             std::memcpy(&number, bytes, sizeof number);
             if (!std::isfinite(number)) {
-                return static_cast<char*>(std::memcpy(out, "null", 4)) + 4;
+                return Dovan::Platform::ElementText::write(out, "null");
             }
         }
         return Dovan::Platform::ElementText::writeElement<T>(out, bytes);
