@@ -254,20 +254,13 @@ TEST_F(StatFaults, NamesWithControlCharactersAreEscaped)
 }
 
 std::string const cannotWrite = "Error writing to standard output\n";
+std::vector<std::vector<std::string>> const everyReport{
+    {}, {"-J"}, {"-r"}, {"-v"}, {"-v", "-J"}, {"-m"}, {"-H"}, {"-i", "0.01"}, {"--check"}};
 
 TEST_F(StatFaults, AFullDeviceIsAnErrorOfEveryReport)
 {
     ownerless().writeTo(root, "feed");
-    for (std::vector<std::string> const& arguments :
-         std::vector<std::vector<std::string>>{{},
-                                               {"-J"},
-                                               {"-r"},
-                                               {"-v"},
-                                               {"-v", "-J"},
-                                               {"-m"},
-                                               {"-H"},
-                                               {"-i", "0.01"},
-                                               {"--check"}}) {
+    for (std::vector<std::string> const& arguments : everyReport) {
         expectFinished(redirected("> /dev/full", arguments), "", cannotWrite, 1);
     }
 }
@@ -275,16 +268,7 @@ TEST_F(StatFaults, AFullDeviceIsAnErrorOfEveryReport)
 TEST_F(StatFaults, AClosedStandardOutputIsAnErrorOfEveryReport)
 {
     ownerless().writeTo(root, "feed");
-    for (std::vector<std::string> const& arguments :
-         std::vector<std::vector<std::string>>{{},
-                                               {"-J"},
-                                               {"-r"},
-                                               {"-v"},
-                                               {"-v", "-J"},
-                                               {"-m"},
-                                               {"-H"},
-                                               {"-i", "0.01"},
-                                               {"--check"}}) {
+    for (std::vector<std::string> const& arguments : everyReport) {
         expectFinished(redirected(">&-", arguments), "", cannotWrite, 1);
     }
 }
