@@ -116,8 +116,10 @@ std::string const manyLines = [] {
 TEST(StandardOutputEnd, WhatIsBeingWrittenWhenASignalComesIsNotWrittenTwice)
 {
     Pipe pipe;
-    // The pipe has a page less than a power of two, so that there is room for a part of a write.
-    ASSERT_EQ(write(pipe.writeEnd(), "\n", 1), 1);
+    // The pipe has a page less than the buffer, so that there is room for a part of a write only. A
+    // whole page: the kernel adds the end of a write to one that has room for it.
+    std::string const page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE)), '\n');
+    ASSERT_EQ(write(pipe.writeEnd(), page.data(), page.size()), std::ssize(page));
     Forked process = printing(pipe, [] {
         static_cast<void>(std::signal(SIGUSR1, [](int) {
             StandardOutput::writeRemainder();
@@ -133,7 +135,7 @@ TEST(StandardOutputEnd, WhatIsBeingWrittenWhenASignalComesIsNotWrittenTwice)
     }
     awaitWaiting(process.pid());  // in the write, not between two of them
     process.kill(SIGUSR1);
-    EXPECT_TRUE(("\n" + manyLines).starts_with(pipe.readToEnd()));
+    EXPECT_TRUE((page + manyLines).starts_with(pipe.readToEnd()));
     EXPECT_EQ(process.end(), 7);
 }
 
