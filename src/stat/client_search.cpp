@@ -6,13 +6,13 @@
 #include <climits>
 #include <csignal>
 #include <cstdint>
-#include <fstream>
 #include <utility>
 
 #include <sys/stat.h>
 
 #include "clients/maps_file.h"
 #include "clients/tokens.h"
+#include "stat/process_stat.h"
 #include "support/root_path.h"
 
 namespace Quask::Stat {
@@ -27,15 +27,11 @@ pid_t processOf(std::string_view mapsPath)
     return error == std::errc() && rest == name.data() + name.size() ? pid : 0;
 }
 
-// Whether it has ended, and its parent has not yet been told.
+// Whether it has ended and its parent has not yet been told.
 bool isZombie(pid_t pid)
 {
-    std::string line;
-    std::getline(std::ifstream("/proc/" + std::to_string(pid) + "/stat"), line);
-    // The name in parentheses may hold any characters.
-    std::size_t const end = line.rfind(')');
-    return end != std::string::npos &&
-           (line.compare(end, 3, ") Z") == 0 || line.compare(end, 3, ") X") == 0);
+    std::string const fields = processStatFields(pid);
+    return fields.starts_with('Z') || fields.starts_with('X');
 }
 
 bool canBeLookedInto(pid_t pid)

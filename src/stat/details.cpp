@@ -17,7 +17,7 @@ namespace {
 bool isOneTable(Look const& look)
 {
     if (look.tables.empty()) {
-        std::cerr << "No table was found." << std::endl;
+        sayNoTable();
         return false;
     }
     if (look.tables.size() > 1) {

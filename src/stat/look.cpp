@@ -34,6 +34,12 @@ int sayNoSearch()
     return 1;
 }
 
+int sayNoTable()
+{
+    std::cerr << "No table was found." << std::endl;
+    return 1;
+}
+
 void sayUnread(std::size_t processes)
 {
     if (processes > 0) {

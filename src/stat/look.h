@@ -25,6 +25,9 @@ bool lookAtTables(std::string const& expression, Look& look);
 // Says on standard error that the root directory cannot be searched. The exit status, 1.
 int sayNoSearch();
 
+// Says on standard error that the expression designates no table. The exit status, 1.
+int sayNoTable();
+
 // Says on standard error how many processes could not be looked into, if any.
 void sayUnread(std::size_t processes);
 

@@ -10,13 +10,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "stat/process_stat.h"
+
 namespace Quask::Stat {
 namespace {
 
-std::string userOf(std::string const& directory)
+std::string userOf(pid_t pid)
 {
     struct stat status = {};
-    if (stat(directory.c_str(), &status) != 0) {
+    if (stat(("/proc/" + std::to_string(pid)).c_str(), &status) != 0) {
         return {};
     }
     passwd const* const entry = getpwuid(status.st_uid);
@@ -39,17 +41,10 @@ std::time_t bootTime()
 }
 
 // When the process started, in ticks since the machine did; 0 when that is not known.
-std::uint64_t startTicks(std::string const& directory)
+std::uint64_t startTicks(pid_t pid)
 {
-    constexpr int fieldsBefore = 19;  // between the name in parentheses and this one
-    std::string line;
-    std::getline(std::ifstream(directory + "/stat"), line);
-    // The name may hold any characters.
-    std::size_t const name = line.rfind(')');
-    if (name == std::string::npos) {
-        return 0;
-    }
-    std::istringstream fields(line.substr(name + 1));
+    constexpr int fieldsBefore = 19;
+    std::istringstream fields(processStatFields(pid));
     std::string skipped;
     for (int i = 0; i < fieldsBefore; ++i) {
         fields >> skipped;
@@ -72,10 +67,9 @@ std::string localTime(std::time_t time)
 
 ProcessInfo processInfo(pid_t pid)
 {
-    std::string const directory = "/proc/" + std::to_string(pid);
-    ProcessInfo info{userOf(directory), {}};
+    ProcessInfo info{userOf(pid), {}};
     std::time_t const boot = bootTime();
-    std::uint64_t const ticks = startTicks(directory);
+    std::uint64_t const ticks = startTicks(pid);
     if (boot != 0 && ticks != 0) {
         auto const perSecond = static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK));
         info.since = localTime(boot + static_cast<std::time_t>(ticks / perSecond));

@@ -78,8 +78,7 @@ int printRows(Options const& options)
         return sayNoSearch();
     }
     if (look.tables.empty()) {
-        std::cerr << "No table was found." << std::endl;
-        return 1;
+        return sayNoTable();
     }
     sayUnread(look.unreadProcesses);
     std::cout << rowsOf(look, nullptr, columns, options, Terminal::ofStandardOutput());
