@@ -182,7 +182,7 @@ TEST_F(ClientCategoriesTest, ShadowKeyshadowAndPlainReadersAreSeparated)
                      "keyShadowReaders.size: 1, passiveReaders.size: 0"}));
 }
 
-TEST_F(ClientCategoriesTest, NoShadowReadersAreSoughtUnlessThereAreMoreVandralMappingsThanOrviks)
+TEST_F(ClientCategoriesTest, AProcessThatMapsVandralAndNoOrvikIsAShadowReader)
 {
     determine({"1 K r--s orvik ", "1 K r--s vandral.1 ", "2 S r--s vandral.1 "});
     EXPECT_EQ(textOf(shadowReaders), "2(S) ");

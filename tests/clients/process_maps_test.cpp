@@ -184,16 +184,17 @@ TEST_F(ProcessMapsTest, HostileLinesDoNoHarm)
 TEST_F(ProcessMapsTest, TheQuickLookAtALineFindsWhatTakingItApartFinds)
 {
     // With level 9 enabled every line is taken apart, else only those that may count. All lines of
-    // up to six of these tokens, with the spaces in between:
-    Lines const pieces{"a", "/slots", "x/orvik", "vandral.1", "/vandral.1/", " "};
+    // up to seven of these tokens, with the spaces in between: the path and one after it.
+    Lines const pieces{"/slots", "x/orvik", "vandral.1", "/vandral.1/", " "};
+    constexpr int tokens = 7;
     std::string contents = executable;
     std::size_t count = 1;
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < tokens; ++i) {
         count *= pieces.size();
     }
     for (std::size_t number = 0; number < count; ++number) {
         std::size_t rest = number;
-        for (int i = 0; i < 6; ++i) {
+        for (int i = 0; i < tokens; ++i) {
             contents += pieces[rest % pieces.size()] + " ";
             rest /= pieces.size();
         }

@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <unistd.h>
 
@@ -101,6 +104,24 @@ TEST_F(UnreadProcessesTest, AreCountedWhenAllLinesAreAskedFor)
     EXPECT_FALSE(seesTheClient);
     EXPECT_EQ(scanner.unreadProcesses(), unreadIn(scanner.takeLog()));
     EXPECT_GE(scanner.unreadProcesses(), 1u);
+}
+
+// With the capabilities to look into a process.
+class ReadProcessesTest : public MappedClientsTest
+{};
+
+TEST_F(ReadProcessesTest, OneThatEndsMeanwhileIsNotUnread)
+{
+    RecordingScanner scanner{5};
+    // More lines than one read gives: the next finds no process.
+    std::optional<MappingClient> client(Arguments(100, file("slots", "r")));
+    std::string const maps = "/proc/" + std::to_string(client->pid()) + "/maps";
+    scanner.forEachMapsLine([&](std::string const& mapsPath, std::string_view /*line*/) {
+        if (mapsPath == maps) {
+            client.reset();
+        }
+    });
+    EXPECT_THAT(scanner.takeLog(), Contains("5 file " + maps + " no longer exists"));
 }
 
 }  // namespace
