@@ -75,25 +75,26 @@ TEST_F(MappingBoundsTest, NothingIsReadAfterTheLastBucket)
     EXPECT_EQ(handler.lines.size(), bucketsOfAPage);
 }
 
+// What looks ahead begins with the fifth batch of 64 buckets: the last slots belong to later ones.
 TEST_F(MappingBoundsTest, NothingIsReadAfterTheLastSlot)
 {
-    image.buckets(200).slots(slotsOfTwoPages);
-    for (std::uint32_t bucket = 0; bucket < 200; ++bucket) {
-        image.chain(bucket, {{slotsOfTwoPages - 1 - bucket, "1234"}});
+    image.buckets(500).slots(slotsOfTwoPages);
+    for (std::uint32_t i = 0; i < 200; ++i) {
+        image.chain(300 + i, {{slotsOfTwoPages - 1 - i, "1234"}});
     }
     openGuarded();
     walk();
-    EXPECT_EQ(handler.lines.size(), 400u);
+    EXPECT_EQ(handler.lines.size(), 700u);
 }
 
 // The walk comes to the link late; what looks ahead, early.
 TEST_F(MappingBoundsTest, ALinkToTheSlotAfterTheLastIsNotFollowed)
 {
-    image.buckets(200).slots(slotsOfTwoPages);
-    image.bucketLinks[150].value = slotsOfTwoPages;
+    image.buckets(400).slots(slotsOfTwoPages);
+    image.bucketLinks[300].value = slotsOfTwoPages;
     openGuarded();
     EXPECT_THROW(walk(), Quask::CorruptionDetectedException);
-    EXPECT_EQ(handler.lines.size(), 150u);
+    EXPECT_EQ(handler.lines.size(), 300u);
 }
 
 }  // namespace
