@@ -1,7 +1,13 @@
 // quask-stat -v: one table in depth.
 
+#include <ctime>
 #include <filesystem>
+#include <iomanip>
 #include <regex>
+#include <sstream>
+
+#include <pwd.h>
+#include <unistd.h>
 
 #include "stat/details_fixture.h"
 
@@ -124,6 +130,30 @@ TEST_F(Details, ListTheClients)
                             line(writer, "writer +yes") + "\n" + line(old, "reader +yes") + "\n" +
                             line(reader, "reader +no"))))
         << clients;
+}
+
+// In a time zone that is 5 hours and 45 minutes ahead.
+TEST_F(Details, SayWhoseAClientIsAndWhenItStartedInLocalTime)
+{
+    // The kernel gives the machine's start in whole seconds, and rounds it anew each time.
+    constexpr std::time_t rounding = 2;
+    std::time_t const before = std::time(nullptr);
+    MappingClient const reader = clientOf("feed", reading);
+    std::time_t const after = std::time(nullptr);
+    Command command = this->command({"-v"});
+    command.environment.insert_or_assign("TZ", "NPT-5:45");
+    std::string const clients = from("Clients", QuaskTesting::run(command).out);
+    std::smatch found;
+    ASSERT_TRUE(std::regex_search(
+        clients, found,
+        std::regex(std::to_string(reader.pid()) + " +(\\w+) +reader +no +(.{19}) mapping_client")))
+        << clients;
+    EXPECT_EQ(found[1], getpwuid(geteuid())->pw_name);
+    std::tm since{};
+    std::istringstream(found[2]) >> std::get_time(&since, "%Y-%m-%d %H:%M:%S");
+    std::time_t const started = timegm(&since) - (5 * 60 + 45) * 60;
+    EXPECT_GE(started, before - rounding);
+    EXPECT_LE(started, after + rounding);
 }
 
 TEST_F(Details, SayWhatItMeansThatTheHeaderCountsOtherwise)
