@@ -3,7 +3,8 @@
 
 script=$1
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+left=/dev/shm/quask-test.${work##*/}
+trap 'rm -rf "$work" "$left"' EXIT
 export QUASK_MUTANTS_TREE=$work/tree
 mkdir -p "$QUASK_MUTANTS_TREE/tests/mutants"
 cd "$QUASK_MUTANTS_TREE" || exit 1
@@ -30,11 +31,14 @@ int sum(int a, int b)
     return result;
 }
 END
-cat > sum_test.cpp << 'END'
+cat > sum_test.cpp << END
 #include "sum.h"
+
+#include <fstream>
 
 int main()
 {
+    std::ofstream("$left") << "a table";
     return sum(1, 1) == 2 ? 0 : 1;
 }
 END
@@ -124,6 +128,12 @@ expect 0 'killed      wrong-operator
 equivalent  order-of-the-operands: addition does not tell them apart
 1 killed, 0 survived, 1 equivalent, 0 gone, 0 broken: 2 in all' order-of-the-operands wrong-operator
 expect 2 'no mutant of this name: unknown' unknown
+
+# What the tests leave behind goes with them, where the system allows them a /dev/shm of their own.
+if [ -e "$left" ] && unshare --mount mount -t tmpfs none /dev/shm 2> /dev/null; then
+    echo 'a test has left something in /dev/shm'
+    ((++failures))
+fi
 
 # Nothing has changed but what was built, and a change of the tree counts.
 diff -r --exclude=build . "$work/before" || ((++failures))
