@@ -51,6 +51,9 @@ void Screen::enter()
     if (hasKeys_ && tcgetattr(STDIN_FILENO, &settings_) == 0) {
         termios direct = settings_;
         direct.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);  // Ctrl-C remains a signal
+        // The terminal's driver throws away what is on its way after it has sent a signal: that
+        // could be what leaves the display.
+        direct.c_lflag |= NOFLSH;
         direct.c_cc[VMIN] = 1;
         direct.c_cc[VTIME] = 0;
         tcsetattr(STDIN_FILENO, TCSADRAIN, &direct);
@@ -94,10 +97,9 @@ Screen::Event Screen::wait(std::chrono::steady_clock::time_point until)
         std::array<pollfd, 2> waited{pollfd{signals_.number(), POLLIN, 0},
                                      pollfd{hasKeys_ ? STDIN_FILENO : -1, POLLIN, 0}};
         poll(waited.data(), waited.size(), static_cast<int>(left));
-        std::optional<Event> event;
-        if (waited[0].revents != 0) {
-            event = takeSignal();
-        } else if (waited[1].revents != 0) {
+        // A signal may come while poll() looks for a key that is typed after it.
+        std::optional<Event> event = takeSignal();
+        if (!event && waited[1].revents != 0) {
             event = takeKey();
         }
         if (event) {

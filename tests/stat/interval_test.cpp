@@ -114,6 +114,8 @@ TEST_F(Display, IsDrawnAtOnceAndLeavesTheTerminalAsItWas)
     EXPECT_EQ(terminal.readUntil(end), enter + first);
     EXPECT_EQ(terminal.settings().c_lflag & static_cast<tcflag_t>(ICANON | ECHO), 0u);
     EXPECT_NE(terminal.settings().c_lflag & static_cast<tcflag_t>(ISIG), 0u);
+    EXPECT_NE(terminal.settings().c_lflag & static_cast<tcflag_t>(NOFLSH), 0u)
+        << "Ctrl-C throws away what leaves the display, if that is on its way already";
     terminal.type("x" + quit);
     Finished const run = terminal.finish();
     EXPECT_EQ(run.out, leave);
