@@ -51,6 +51,14 @@ def not_finite_alike(text):
 
 
 class Agreement(unittest.TestCase):
+    def assert_same(self, found, expected):
+        """That two texts are the same, or where the first difference is: to line up long texts, as
+        assertEqual does, takes minutes."""
+        if found != expected:
+            same = len(os.path.commonprefix((found, expected)))
+            piece = slice(max(0, same - 40), same + 40)
+            self.fail(f"at character {same} there is {found[piece]!r}, expected is {expected[piece]!r}")
+
     def compare(self, name):
         plain = running.run("QUASK", "-e", name)
         by_type = running.run("QUASK", "-e", "-p", name)
@@ -71,24 +79,24 @@ class Agreement(unittest.TestCase):
     def compare_bucket(self, bucket, line, typed):
         number, elements = text_elements(line)
         self.assertEqual(bucket["bucket"].text, str(number))
-        self.assertEqual([(int(one["slot"].text), one["lookaside"], one["hex"]) for one in bucket["elements"]],
-                         [(slot, mark, text.replace(" ", "")) for slot, mark, text in elements])
+        self.assert_same(str([(int(one["slot"].text), one["lookaside"], one["hex"]) for one in bucket["elements"]]),
+                         str([(slot, mark, text.replace(" ", "")) for slot, mark, text in elements]))
         expected = typed.split("]", 1)[0] + "]"
         for one in bucket["elements"]:
             data = bytes.fromhex(one["hex"])
             expected += f" {int(one['slot'].text):x}-->{'*' if one['lookaside'] else ''}{self.text_of(one, data)}"
-        self.assertEqual(not_finite_alike(typed), expected + " ffffffff --> none")
+        self.assert_same(not_finite_alike(typed), expected + " ffffffff --> none")
 
     def text_of(self, one, data):
         if "value" not in one:
             return " ".join(one["hex"][i:i + 8] for i in range(0, len(one["hex"]), 8))
         value = one["value"]
         if isinstance(value, str) and self.is_one_character:
-            self.assertEqual(value, data.decode("utf-8", "replace"))
+            self.assert_same(value, data.decode("utf-8", "replace"))
             return quoted(data, "'")
         if isinstance(value, str):
             data = data.split(b"\0", 1)[0]
-            self.assertEqual(value, data.decode("utf-8", "replace"))
+            self.assert_same(value, data.decode("utf-8", "replace"))
             return quoted(data, '"')
         return pretty(value, None, None)
 
@@ -101,7 +109,7 @@ class Agreement(unittest.TestCase):
         one = {member.removeprefix("lookaside").lower(): slots[member]
                for member in ("lookasideValue", "lookasideHex") if member in slots}
         expected = text.split(b"\tLookaside value: ")[1].split(b"\n\nPrimary")[0].decode("ascii")
-        self.assertEqual(not_finite_alike(expected), self.text_of(one, bytes.fromhex(one["hex"])))
+        self.assert_same(not_finite_alike(expected), self.text_of(one, bytes.fromhex(one["hex"])))
 
     def test_of_tables_of_every_kind(self):
         self.check = running.validator("scan")

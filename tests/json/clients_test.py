@@ -1,6 +1,8 @@
 """quask-json -w and -a name the clients that quask names, whatever they and their tables are called."""
 
+import json
 import os
+import shutil
 import unittest
 
 import running
@@ -47,6 +49,25 @@ class Clients(unittest.TestCase):
         self.assertEqual(table["capacity"], {"slots": None, "buckets": None, "primaryNotifications": 0,
                                              "secondaryNotifications": 0})
         self.assertIsNone(table["occupiedSlots"])
+
+    def test_are_there_for_an_ordinary_user_with_a_warning(self):
+        running.make_table("mine", 8, 4, 3, 2)
+        for arguments in (["-w", "mine"], ["-a"]):
+            found = running.run_as_user("QUASK_JSON", *arguments)
+            self.assertEqual(found.stderr, b"You should run this command as root.\n")
+            self.assertIn("mine", [json.loads(line)["table"] for line in running.lines(found.stdout)])
+            self.assertEqual(found.returncode, 0)
+
+    def test_of_directories_elsewhere_have_no_table(self):
+        beside = os.path.join(running.root + "-beside", "feed")
+        self.addCleanup(shutil.rmtree, os.path.dirname(beside))
+        os.makedirs(beside)
+        running.make_table("feed", 8, 4, 3, 2)
+        shutil.copy(os.path.join(running.root, "feed/slots"), beside)
+        pid = running.hold(self, beside, "reader", "slots:r")
+        tables = {table["directory"]: table for table in running.json_report("clients", "-a")}
+        self.assertIsNone(tables[beside]["table"])
+        self.assertEqual([client["pid"] for client in tables[beside]["readers"]], [pid])
 
     def test_with_strange_names_break_no_line(self):
         running.make_table(STRANGE, 8, 4, 3, 2)

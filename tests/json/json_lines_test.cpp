@@ -193,7 +193,7 @@ TEST_F(JsonLinesTest, ABatchGivesTheSameTextForBucketNumbersOfAnyLength)
 {
     image = RandomTable{"int", 4, 100100, 50000, 1}.image();
     open();
-    for (unsigned const first : {0u, 3u, 61u, 930u, 999u, 9937u, 9990u, 99999u, 100030u}) {
+    for (unsigned const first : {0u, 3u, 61u, 448u, 930u, 999u, 9937u, 9990u, 99999u, 100030u}) {
         EXPECT_EQ(textOf(true, true, first), textOf(false, true, first)) << first;
     }
 }
@@ -233,6 +233,23 @@ TEST_F(JsonLinesTest, AValueThatIsBeingRewrittenIsMarked)
     open();
     EXPECT_EQ(textOf(false, false),
               R"({"bucket":0,"elements":[{"slot":0,"value":5,"hex":"05000000","lookaside":true}]})"
+              "\n");
+}
+
+TEST_F(JsonLinesTest, ALineThatIsBegunAnewShowsNothingOfItsFormerBeginning)
+{
+    std::ostringstream output;
+    JsonLines lines = linesOn(output, "int", 4, false);
+    std::array<unsigned char, 5> value{1};
+    auto const handle = [&](unsigned slot) {
+        lines.handleSlot(4, {.version = 0, .index = slot}, value.data(), 4, false, 0);
+    };
+    handle(7);
+    lines.restart(4);
+    handle(8);
+    lines.done(4, {.version = 0, .index = Quask::SlotRef::null});
+    EXPECT_EQ(output.str(),
+              R"({"bucket":4,"elements":[{"slot":8,"value":1,"hex":"01000000","lookaside":false}]})"
               "\n");
 }
 
