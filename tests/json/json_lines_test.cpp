@@ -328,6 +328,36 @@ TEST_F(JsonLinesTest, BytesThatAreNotUtf8AreReplaced)
     expectElement("char", std::string_view("\xc3"), R"("value":"\uFFFD","hex":"c3")");
 }
 
+TEST_F(JsonLinesTest, TheFirstAndTheLastCharacterOfEachLengthAreRead)
+{
+    expectElement("char[4]", std::string_view("\xc2\x80\xdf\xbf"),
+                  R"("value":"\u0080\u07FF","hex":"c280dfbf")");
+    expectElement("char[6]", std::string_view("\xe0\xa0\x80\xef\xbf\xbf"),
+                  R"("value":"\u0800\uFFFF","hex":"e0a080efbfbf")");
+    expectElement("char[6]", std::string_view("\xed\x9f\xbf\xee\x80\x80"),
+                  R"("value":"\uD7FF\uE000","hex":"ed9fbfee8080")");
+    expectElement("char[8]", std::string_view("\xf0\x90\x80\x80\xf4\x8f\xbf\xbf"),
+                  R"("value":"\uD800\uDC00\uDBFF\uDFFF","hex":"f0908080f48fbfbf")");
+}
+
+TEST_F(JsonLinesTest, ASequenceThatIsLongerThanItsCharacterNeedsIsReplaced)
+{
+    expectElement("char[2]", std::string_view("\xc1\xbf"),
+                  R"("value":"\uFFFD\uFFFD","hex":"c1bf")");
+    expectElement("char[3]", std::string_view("\xe0\x9f\xbf"),
+                  R"("value":"\uFFFD\uFFFD\uFFFD","hex":"e09fbf")");
+    expectElement("char[4]", std::string_view("\xf0\x8f\xbf\xbf"),
+                  R"("value":"\uFFFD\uFFFD\uFFFD\uFFFD","hex":"f08fbfbf")");
+}
+
+TEST_F(JsonLinesTest, ASequenceBeyondTheLastCharacterIsReplaced)
+{
+    expectElement("char[4]", std::string_view("\xf4\x90\x80\x80"),
+                  R"("value":"\uFFFD\uFFFD\uFFFD\uFFFD","hex":"f4908080")");
+    expectElement("char[4]", std::string_view("\xf5\x80\x80\x80"),
+                  R"("value":"\uFFFD\uFFFD\uFFFD\uFFFD","hex":"f5808080")");
+}
+
 TEST_F(JsonLinesTest, AValueOfAnotherTypeHasItsBytesOnly)
 {
     expectElement("Test::Quote", std::string_view("\1\2\3"), R"("hex":"010203")");
