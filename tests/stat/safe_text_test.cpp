@@ -36,6 +36,8 @@ TEST(TerminalText, ShowsWhatIsNotUtf8ByItsBytes)
     EXPECT_EQ(terminalText("\xc3", true), "\\xc3") << "cut off";
     EXPECT_EQ(terminalText("\xc3(", true), "\\xc3(") << "broken off";
     EXPECT_EQ(terminalText("\xc0\xaf", true), "\\xc0\\xaf") << "longer than need be";
+    EXPECT_EQ(terminalText("\xe0\x9f\xbf", true), "\\xe0\\x9f\\xbf") << "the same";
+    EXPECT_EQ(terminalText("\xf0\x8f\xbf\xbf", true), "\\xf0\\x8f\\xbf\\xbf") << "the same";
     EXPECT_EQ(terminalText("\xed\xa0\x80", true), "\\xed\\xa0\\x80") << "half a pair of UTF-16";
     EXPECT_EQ(terminalText("\xf4\x90\x80\x80", true), "\\xf4\\x90\\x80\\x80") << "past the last";
 }
