@@ -24,7 +24,7 @@ sigset_t handledSignals()
 {
     sigset_t set;
     sigemptyset(&set);
-    for (int const number : {SIGHUP, SIGINT, SIGTERM, SIGTSTP, SIGCONT, SIGWINCH}) {
+    for (int const number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP, SIGCONT, SIGWINCH}) {
         sigaddset(&set, number);
     }
     return set;

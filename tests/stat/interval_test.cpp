@@ -6,6 +6,8 @@
 #include <iterator>
 #include <sstream>
 
+#include <sys/resource.h>
+
 #include "stat/stat_fixture.h"
 #include "support/table_writer.h"
 #include "support/waiting.h"
@@ -162,6 +164,18 @@ TEST_F(Display, IsLeftByCtrlCWithTheSignal)
     Finished const run = terminal.finish();
     EXPECT_EQ(run.out, leave);
     EXPECT_EQ(run.signal, SIGINT);
+}
+
+TEST_F(Display, IsLeftByTheKeyThatAsksForACoreDump)
+{
+    rlimit const none{0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    PseudoTerminal terminal = start(80);
+    terminal.readUntil(end);
+    terminal.type("\034" + quit);
+    Finished const run = terminal.finish();
+    EXPECT_EQ(run.out, leave);
+    EXPECT_EQ(run.signal, SIGQUIT);
 }
 
 TEST_F(Display, IsLeftWhenTheProgramIsToldToEnd)
