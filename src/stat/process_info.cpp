@@ -43,7 +43,7 @@ std::time_t bootTime()
 // When the process started, in ticks since the machine did; 0 when that is not known.
 std::uint64_t startTicks(pid_t pid)
 {
-    constexpr int fieldsBefore = 19;
+    constexpr int fieldsBefore = 19;  // the state is the first of them
     std::istringstream fields(processStatFields(pid));
     std::string skipped;
     for (int i = 0; i < fieldsBefore; ++i) {

@@ -236,7 +236,7 @@ TEST_F(JsonLinesTest, AValueThatIsBeingRewrittenIsMarked)
               "\n");
 }
 
-TEST_F(JsonLinesTest, ALineThatIsBegunAnewShowsNothingOfItsFormerBeginning)
+TEST_F(JsonLinesTest, ALineThatIsRestartedShowsNothingReadBefore)
 {
     std::ostringstream output;
     JsonLines lines = linesOn(output, "int", 4, false);

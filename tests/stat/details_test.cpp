@@ -135,7 +135,7 @@ TEST_F(Details, ListTheClients)
 // In a time zone that is 5 hours and 45 minutes ahead.
 TEST_F(Details, SayWhoseAClientIsAndWhenItStartedInLocalTime)
 {
-    // The kernel gives the machine's start in whole seconds, and rounds it anew each time.
+    // The kernel gives the machine's start in whole seconds and rounds it again each time.
     constexpr std::time_t rounding = 2;
     std::time_t const before = std::time(nullptr);
     MappingClient const reader = clientOf("feed", reading);
